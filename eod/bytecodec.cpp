@@ -1,0 +1,50 @@
+#include "eod/bytecodec.h"
+
+#include <algorithm>
+#include <climits>
+
+#include <eod/serializableerror.h>
+
+#include "eod/usageerror.h"
+
+namespace tq {
+namespace eod {
+namespace detail {
+
+void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes) {
+    EOD_REQUIRE(read_pos >= 0, "read_pos is negative");
+    // Widened so that a position near INT_MAX cannot wrap round.
+    if (static_cast<long long>(read_pos) + num_bytes > static_cast<long long>(buffer.size())) {
+        throw SerializableError("Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    }
+}
+
+std::string readString(const Bytes& buffer, int& read_pos) {
+    EOD_REQUIRE(read_pos >= 0, "read_pos is negative");
+    const std::size_t start = static_cast<std::size_t>(read_pos);
+    const auto begin = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(start, buffer.size()));
+    const auto terminator = std::find(begin, buffer.end(), 0);
+    if (terminator == buffer.end()) {
+        throw SerializableError("Serializable::readBuffer() - Missing terminator for string.");
+    }
+    std::string s(begin, terminator);
+    read_pos = static_cast<int>(terminator - buffer.begin()) + 1;
+    return s;
+}
+
+void readRaw(const Bytes& buffer, int& read_pos, void* dest, std::size_t n) {
+    if (n == 0) {
+        EOD_REQUIRE(read_pos >= 0, "read_pos is negative");
+        return;
+    }
+    if (n > static_cast<std::size_t>(INT_MAX)) {
+        throw SerializableError("Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    }
+    checkReadPos(buffer, read_pos, static_cast<int>(n));
+    std::memcpy(dest, buffer.data() + read_pos, n);
+    read_pos += static_cast<int>(n);
+}
+
+}  // namespace detail
+}  // namespace eod
+}  // namespace tq

@@ -1,0 +1,53 @@
+#include <eod/io/filereader.h>
+
+#include <eod/serializableerror.h>
+#include <eod/serializablefactory.h>
+
+#include "eod/io/pathconversion.h"
+#include "eod/usageerror.h"
+
+namespace tq {
+namespace eod {
+namespace io {
+
+FileReader::FileReader(const std::wstring& path) : FileReader(detail::narrowPath(path)) {}
+
+FileReader::FileReader(const std::string& path) {
+    if (!open(path)) throwFileOpenError(path);
+}
+
+bool FileReader::open(const std::wstring& path) { return open(detail::narrowPath(path)); }
+
+bool FileReader::open(const std::string& path) {
+    close();
+    _stream.open(path, std::ios_base::in | std::ios_base::binary);
+    return !_stream.fail();
+}
+
+void FileReader::close() {
+    if (_stream.is_open()) _stream.close();
+}
+
+bool FileReader::isOpen() const { return _stream.is_open(); }
+
+bool FileReader::atEnd() const {
+    return _stream.peek() == std::ifstream::traits_type::eof();
+}
+
+boost::shared_ptr<Serializable> FileReader::read(unsigned int& status) {
+    EOD_REQUIRE(isOpen(), "files are not open");
+    EOD_REQUIRE(!atEnd(), "Cannot reading when atEnd().");
+    status = 0;
+    return SerializableFactory::newObjectWithStatus(_stream, status);
+}
+
+unsigned int FileReader::position() const {
+    const std::streamoff pos = _stream.tellg();
+    return pos < 0 ? 0 : static_cast<unsigned int>(pos);
+}
+
+void FileReader::throwFileOpenError(const std::string& path) { io::throwFileOpenError(path); }
+
+}  // namespace io
+}  // namespace eod
+}  // namespace tq

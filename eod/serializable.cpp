@@ -1,0 +1,266 @@
+#include <eod/serializable.h>
+
+#include <cassert>
+#include <cstring>
+#include <new>
+
+#include <eod/serializableerror.h>
+
+#include "eod/bytecodec.h"
+#include "eod/usageerror.h"
+
+namespace tq {
+namespace eod {
+
+Serializable::~Serializable() = default;
+
+void* Serializable::operator new(std::size_t size) { return ::operator new(size); }
+
+void* Serializable::operator new(std::size_t size, const char*, int) {
+    return ::operator new(size);
+}
+
+void Serializable::operator delete(void* p) noexcept { ::operator delete(p); }
+
+void Serializable::operator delete(void* p, const char*, int) noexcept { ::operator delete(p); }
+
+unsigned int Serializable::numTotalBytes() const {
+    const unsigned int data_size = numDataBytes();
+    return numHeaderBytes(data_size) + data_size;
+}
+
+void Serializable::serialize(std::vector<unsigned char>& buffer) const {
+    if (!serializeEnabled()) {
+        throw SerializableError("Serializable::serialize() - trying to serialize invalid object.");
+    }
+    const std::size_t required = buffer.size() + numTotalBytes();
+    buffer.reserve(required);
+    appendRecord(buffer);
+    assert(buffer.size() == required && "numTotalBytes does not match what has been appended!!");
+    (void)required;
+}
+
+void Serializable::appendRecord(std::vector<unsigned char>& buffer) const {
+    const std::size_t header_pos = buffer.size();
+    detail::appendNumber(buffer, objectID());
+    detail::appendU16(buffer, 0);
+    const std::size_t data_pos = buffer.size();
+    appendBuffer(buffer);
+    const std::size_t data_size = buffer.size() - data_pos;
+    if (extendedHeaderSize(static_cast<unsigned int>(data_size))) {
+        // Rare (images and the like): open up the four bytes of the extended size field.
+        // The caller reserved the full size, so this moves bytes but does not reallocate.
+        const unsigned char extended[4] = {0, 0, 0, 0};
+        buffer.insert(buffer.begin() + static_cast<std::ptrdiff_t>(data_pos), extended,
+                      extended + 4);
+        buffer[header_pos + 1] = 0xFF;
+        buffer[header_pos + 2] = 0xFF;
+        const std::uint32_t n = static_cast<std::uint32_t>(data_size);
+        buffer[data_pos + 0] = static_cast<unsigned char>(n >> 24);
+        buffer[data_pos + 1] = static_cast<unsigned char>(n >> 16);
+        buffer[data_pos + 2] = static_cast<unsigned char>(n >> 8);
+        buffer[data_pos + 3] = static_cast<unsigned char>(n);
+    } else {
+        buffer[header_pos + 1] = static_cast<unsigned char>(data_size >> 8);
+        buffer[header_pos + 2] = static_cast<unsigned char>(data_size);
+    }
+}
+
+void Serializable::writeHeader(std::vector<unsigned char>& buffer, char object_id,
+                               unsigned int data_size) {
+    detail::appendNumber(buffer, object_id);
+    if (extendedHeaderSize(data_size)) {
+        detail::appendU16(buffer, static_cast<std::uint16_t>(extendedHeaderSizeMagicCookie()));
+        detail::appendU32(buffer, data_size);
+    } else {
+        detail::appendU16(buffer, static_cast<std::uint16_t>(data_size));
+    }
+}
+
+bool Serializable::readDataSizeHeader(const std::vector<unsigned char>& buffer, int& read_pos,
+                                      unsigned int* data_size) {
+    if (read_pos < 0 || detail::bytesRemaining(buffer, read_pos) < 2) return false;
+    unsigned int size = detail::loadU16(buffer.data() + read_pos);
+    read_pos += 2;
+    if (size == extendedHeaderSizeMagicCookie()) {
+        if (detail::bytesRemaining(buffer, read_pos) < 4) return false;
+        size = detail::loadU32(buffer.data() + read_pos);
+        read_pos += 4;
+    }
+    if (detail::bytesRemaining(buffer, read_pos) < size) return false;
+    if (data_size != nullptr) *data_size = size;
+    return true;
+}
+
+bool Serializable::unSerialize(const std::vector<unsigned char>& buffer, int& read_pos) {
+    EOD_REQUIRE(read_pos >= 0, "negative read_pos");
+    int p = read_pos;
+    if (detail::bytesRemaining(buffer, p) < minHeaderBytes()) return false;
+    if (static_cast<char>(buffer[static_cast<std::size_t>(p)]) != objectID()) {
+        throw SerializableError(
+            "Serializable::unSerialize() - objectid in buffer does not match this object.");
+    }
+    ++p;
+    unsigned int data_size = 0;
+    if (!readDataSizeHeader(buffer, p, &data_size)) return false;
+    const int start = p;
+    readFromBuffer(buffer, p);
+    if (static_cast<unsigned int>(p - start) != data_size) {
+        throw SerializableError("Serializable::unSerialize() - data_size in header wrong.");
+    }
+    read_pos = p;
+    return true;
+}
+
+void Serializable::unSerializeWithStatus(const std::vector<unsigned char>& buffer, int& read_pos,
+                                         unsigned int& status) {
+    EOD_REQUIRE(read_pos >= 0, "negative read_pos");
+    int p = read_pos;
+    if (detail::bytesRemaining(buffer, p) < minHeaderBytes()) {
+        status |= STATUS_NOT_ENOUGH_DATA;
+        return;
+    }
+    if (static_cast<char>(buffer[static_cast<std::size_t>(p)]) != objectID()) {
+        throw SerializableError(
+            "Serializable::unSerialize() - objectid in buffer does not match this object.");
+    }
+    ++p;
+    unsigned int data_size = 0;
+    if (!readDataSizeHeader(buffer, p, &data_size)) {
+        status |= STATUS_NOT_ENOUGH_DATA;
+        return;
+    }
+    const int start = p;
+    unsigned int own_status = 0;
+    readFromBufferWithStatus(buffer, p, own_status);
+    status |= own_status;
+    if (own_status & (STATUS_NOT_ENOUGH_DATA | STATUS_UNDECODABLE)) return;
+    if (static_cast<unsigned int>(p - start) != data_size) {
+        status |= STATUS_UNDECODABLE;
+        return;
+    }
+    read_pos = p;
+}
+
+void Serializable::readFromBufferWithStatus(const std::vector<unsigned char>& buffer,
+                                            int& read_pos, unsigned int& status) {
+    try {
+        readFromBuffer(buffer, read_pos);
+    } catch (...) {
+        status |= STATUS_UNDECODABLE;
+    }
+}
+
+void Serializable::writeToBinaryStream(std::ostream& stream) const {
+    EOD_REQUIRE(stream.good(), "output_stream not valid");
+    std::vector<unsigned char> buffer;
+    serialize(buffer);
+    assert(!buffer.empty());
+    assert(buffer.size() == numTotalBytes());
+    stream.write(reinterpret_cast<const char*>(buffer.data()),
+                 static_cast<std::streamsize>(buffer.size()));
+}
+
+void Serializable::appendBuffer(std::vector<unsigned char>& buffer, bool value) {
+    detail::appendBool(buffer, value);
+}
+
+void Serializable::readBuffer(const std::vector<unsigned char>& buffer, int& read_pos,
+                              bool& value) {
+    value = detail::readBool(buffer, read_pos);
+}
+
+void Serializable::appendBuffer(std::vector<unsigned char>& buffer, const std::string& value) {
+    detail::appendString(buffer, value);
+}
+
+void Serializable::readBuffer(const std::vector<unsigned char>& buffer, int& read_pos,
+                              std::string& value) {
+    value = detail::readString(buffer, read_pos);
+}
+
+void Serializable::appendRawBytes(std::vector<unsigned char>& buffer, const char* bytes,
+                                  unsigned int n) {
+    detail::appendRaw(buffer, bytes, n);
+}
+
+void Serializable::readRawBytes(const std::vector<unsigned char>& buffer, int& read_pos,
+                                unsigned char* array, unsigned int n) {
+    EOD_REQUIRE(array != nullptr, "array is NULL");
+    detail::readRaw(buffer, read_pos, array, n);
+}
+
+void Serializable::appendNBytes(std::vector<unsigned char>& buffer, const char* bytes,
+                                int num_bytes) {
+    switch (num_bytes) {
+        case 1: {
+            std::uint8_t v;
+            std::memcpy(&v, bytes, 1);
+            return detail::appendNumber(buffer, v);
+        }
+        case 2: {
+            std::uint16_t v;
+            std::memcpy(&v, bytes, 2);
+            return detail::appendNumber(buffer, v);
+        }
+        case 4: {
+            std::uint32_t v;
+            std::memcpy(&v, bytes, 4);
+            return detail::appendNumber(buffer, v);
+        }
+        case 8: {
+            std::uint64_t v;
+            std::memcpy(&v, bytes, 8);
+            return detail::appendNumber(buffer, v);
+        }
+        default:
+            EOD_USAGE_ERROR("num_bytes should be one of 1, 2, 4 or 8");
+    }
+}
+
+void Serializable::readNBytes(const std::vector<unsigned char>& buffer, int& read_pos,
+                              char* bytes, int num_bytes) {
+    switch (num_bytes) {
+        case 1: {
+            const auto v = detail::readNumber<std::uint8_t>(buffer, read_pos);
+            std::memcpy(bytes, &v, 1);
+            return;
+        }
+        case 2: {
+            const auto v = detail::readNumber<std::uint16_t>(buffer, read_pos);
+            std::memcpy(bytes, &v, 2);
+            return;
+        }
+        case 4: {
+            const auto v = detail::readNumber<std::uint32_t>(buffer, read_pos);
+            std::memcpy(bytes, &v, 4);
+            return;
+        }
+        case 8: {
+            const auto v = detail::readNumber<std::uint64_t>(buffer, read_pos);
+            std::memcpy(bytes, &v, 8);
+            return;
+        }
+        default:
+            EOD_USAGE_ERROR("num_bytes should be one of 1, 2, 4 or 8");
+    }
+}
+
+std::ostream& operator<<(std::ostream& os, const Serializable& record) {
+    record.printLine(os);
+    return os;
+}
+
+std::string padString(const std::string& s, int length) {
+    const long long missing = static_cast<long long>(length) - static_cast<long long>(s.size());
+    if (missing <= 0) return s;
+    return std::string(static_cast<std::size_t>(missing), ' ') + s;
+}
+
+std::string unPadString(const std::string& s) {
+    const std::size_t first = s.find_first_not_of(' ');
+    return first == std::string::npos ? std::string() : s.substr(first);
+}
+
+}  // namespace eod
+}  // namespace tq

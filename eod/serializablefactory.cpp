@@ -1,0 +1,277 @@
+#include <eod/serializablefactory.h>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <string>
+#include <typeinfo>
+
+#include <boost/core/demangle.hpp>
+
+#include <eod/serializableerror.h>
+
+#include "eod/bytecodec.h"
+#include "eod/startupregistrations.h"
+#include "eod/usageerror.h"
+
+namespace tq {
+namespace eod {
+
+namespace {
+
+using CreationFunction = SerializableFactory::CreationFunction;
+
+struct Registry {
+    std::map<char, CreationFunction> creation_fns;
+    std::map<char, std::string> id_typename_map;
+};
+
+CreationFunction addRegistration(Registry& registry, char object_id, CreationFunction creation_fn) {
+    if (creation_fn == nullptr) throw SerializableError("The provided creation_fn_ptr is NULL.");
+    const boost::shared_ptr<Serializable> sample = creation_fn();
+    if (!sample) throw SerializableError("The provided creation function returned a NULL pointer");
+    const Serializable& object = *sample;
+    const std::string type_name = boost::core::demangle(typeid(object).name());
+    if (sample->objectID() != object_id) {
+        std::ostringstream msg;
+        msg << "The provided object_id (" << int(object_id)
+            << ") is different to the objectID() of the registered object ("
+            << int(sample->objectID()) << ")";
+        throw SerializableError(msg.str());
+    }
+    const auto known = registry.id_typename_map.find(object_id);
+    if (known != registry.id_typename_map.end() && known->second != type_name) {
+        std::ostringstream msg;
+        msg << "The following object type has already been registered for object_id="
+            << int(object_id) << ": " << known->second
+            << ". An object type has already been registered for this object_id";
+        throw SerializableError(msg.str());
+    }
+    CreationFunction& slot = registry.creation_fns[object_id];
+    const CreationFunction previous = slot;
+    slot = creation_fn;
+    registry.id_typename_map[object_id] = type_name;
+    return previous;
+}
+
+Registry makeStartupRegistry() {
+    Registry registry;
+    for (const detail::StartupRegistration& r : detail::startupRegistrations()) {
+        addRegistration(registry, r.object_id, r.create);
+    }
+    return registry;
+}
+
+// Built on first use, so no registration depends on the order of static initialisers.
+Registry& registry() {
+    static Registry instance = makeStartupRegistry();
+    return instance;
+}
+
+const unsigned int kFailed =
+    Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE;
+
+// Data bytes of a record read from a stream are collected in steps of at most this
+// many, so a forged size field cannot make us allocate memory for bytes that never come.
+const std::size_t kStreamReadStep = 1 << 20;
+
+enum class StreamRead {
+    ok,
+    end_of_file,
+    id_failed,
+    size_failed,
+    skip_failed,
+    data_failed,
+    unknown_skipped,
+};
+
+struct StreamRecord {
+    StreamRead outcome = StreamRead::ok;
+    boost::shared_ptr<Serializable> object;
+    std::vector<unsigned char> bytes;  // header rewritten for the id and size, then the data
+};
+
+StreamRecord readStreamRecord(std::istream& stream, unsigned int& status) {
+    StreamRecord r;
+    if (stream.peek() == std::char_traits<char>::eof()) {
+        r.outcome = StreamRead::end_of_file;
+        return r;
+    }
+    char id = 0;
+    if (!stream.get(id)) {
+        r.outcome = StreamRead::id_failed;
+        return r;
+    }
+    unsigned char size_bytes[4];
+    if (!stream.read(reinterpret_cast<char*>(size_bytes), 2)) {
+        r.outcome = StreamRead::size_failed;
+        return r;
+    }
+    unsigned int size = detail::loadU16(size_bytes);
+    if (size == Serializable::extendedHeaderSizeMagicCookie()) {
+        if (!stream.read(reinterpret_cast<char*>(size_bytes), 4)) {
+            r.outcome = StreamRead::size_failed;
+            return r;
+        }
+        size = detail::loadU32(size_bytes);
+    }
+    r.object = SerializableFactory::newObjectWithStatus(id, status);
+    if (!r.object) {
+        stream.ignore(static_cast<std::streamsize>(size));
+        r.outcome = stream.bad() || (stream.fail() && !stream.eof()) ? StreamRead::skip_failed
+                                                                   : StreamRead::unknown_skipped;
+        return r;
+    }
+    Serializable::writeHeader(r.bytes, id, size);
+    std::size_t remaining = size;
+    while (remaining > 0) {
+        const std::size_t step = std::min(remaining, kStreamReadStep);
+        const std::size_t old_size = r.bytes.size();
+        r.bytes.resize(old_size + step);
+        stream.read(reinterpret_cast<char*>(r.bytes.data() + old_size),
+                    static_cast<std::streamsize>(step));
+        if (static_cast<std::size_t>(stream.gcount()) != step) {
+            r.object.reset();
+            r.outcome = StreamRead::data_failed;
+            return r;
+        }
+        remaining -= step;
+    }
+    return r;
+}
+
+}  // namespace
+
+CreationFunction SerializableFactory::registerObjectType(char object_id,
+                                                         CreationFunction creation_fn) {
+    return addRegistration(registry(), object_id, creation_fn);
+}
+
+CreationFunction SerializableFactory::unregisterObjectType(char object_id) {
+    Registry& r = registry();
+    const auto it = r.creation_fns.find(object_id);
+    if (it == r.creation_fns.end()) return nullptr;
+    const CreationFunction previous = it->second;
+    r.creation_fns.erase(it);
+    r.id_typename_map.erase(object_id);
+    return previous;
+}
+
+boost::shared_ptr<Serializable> SerializableFactory::newObject(char object_id) {
+    unsigned int status = 0;
+    return newObjectWithStatus(object_id, status);
+}
+
+boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(char object_id,
+                                                                         unsigned int& status) {
+    const Registry& r = registry();
+    const auto it = r.creation_fns.find(object_id);
+    if (it == r.creation_fns.end()) {
+        status |= Serializable::STATUS_UNKNOWN_OBJECT_ID;
+        return boost::shared_ptr<Serializable>();
+    }
+    return it->second();
+}
+
+bool SerializableFactory::canDeserialize(const std::vector<unsigned char>& buffer, int read_pos) {
+    if (read_pos < 0 || detail::bytesRemaining(buffer, read_pos) < 1) return false;
+    int p = read_pos + 1;
+    return Serializable::readDataSizeHeader(buffer, p, nullptr);
+}
+
+boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(
+    const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status) {
+    EOD_REQUIRE(read_pos >= 0, "negative read_pos");
+    int p = read_pos + 1;
+    unsigned int data_size = 0;
+    if (detail::bytesRemaining(buffer, read_pos) < 1 ||
+        !Serializable::readDataSizeHeader(buffer, p, &data_size)) {
+        status |= Serializable::STATUS_NOT_ENOUGH_DATA;
+        return boost::shared_ptr<Serializable>();
+    }
+    const char id = static_cast<char>(buffer[static_cast<std::size_t>(read_pos)]);
+    unsigned int own_status = 0;
+    boost::shared_ptr<Serializable> object = newObjectWithStatus(id, own_status);
+    if (!object) {
+        status |= own_status;
+        read_pos = p + static_cast<int>(data_size);
+        return object;
+    }
+    object->unSerializeWithStatus(buffer, read_pos, own_status);
+    status |= own_status;
+    if (own_status & kFailed) return boost::shared_ptr<Serializable>();
+    return object;
+}
+
+boost::shared_ptr<Serializable> SerializableFactory::newObject(
+    const std::vector<unsigned char>& buffer, int& read_pos) {
+    unsigned int status = 0;
+    boost::shared_ptr<Serializable> object = newObjectWithStatus(buffer, read_pos, status);
+    if (status & Serializable::STATUS_NOT_ENOUGH_DATA) {
+        throw SerializableError("SerializableFactory::newObject - insufficient data in buffer");
+    }
+    if (status & Serializable::STATUS_UNDECODABLE) {
+        throw SerializableError("SerializableFactory::newObject - could not unSerialize object");
+    }
+    return object;
+}
+
+boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(std::istream& stream,
+                                                                         unsigned int& status) {
+    StreamRecord r = readStreamRecord(stream, status);
+    if (r.outcome == StreamRead::unknown_skipped) return boost::shared_ptr<Serializable>();
+    if (r.outcome != StreamRead::ok) {
+        status |= Serializable::STATUS_NOT_ENOUGH_DATA;
+        return boost::shared_ptr<Serializable>();
+    }
+    int read_pos = 0;
+    unsigned int own_status = 0;
+    r.object->unSerializeWithStatus(r.bytes, read_pos, own_status);
+    status |= own_status;
+    if (own_status & kFailed) return boost::shared_ptr<Serializable>();
+    return r.object;
+}
+
+boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& stream) {
+    unsigned int status = 0;
+    StreamRecord r = readStreamRecord(stream, status);
+    switch (r.outcome) {
+        case StreamRead::end_of_file:
+            throw SerializableError(
+                "SerializableFactory::newObject - End-of-file encountered when trying to read "
+                "Serializable object");
+        case StreamRead::id_failed:
+            throw SerializableError(
+                "SerializableFactory::newObject - An error occurred when trying to read object "
+                "ID from stream");
+        case StreamRead::size_failed:
+            throw SerializableError(
+                "SerializableFactory::newObject - An error occurred when trying to read object "
+                "size from stream");
+        case StreamRead::skip_failed:
+            throw SerializableError(
+                "SerializableFactory::newObject - An error occurred when trying to skip over an "
+                "unknown object in the stream");
+        case StreamRead::data_failed:
+            throw SerializableError(
+                "An error occurred when trying to read object data from the stream");
+        case StreamRead::unknown_skipped:
+            return boost::shared_ptr<Serializable>();
+        case StreamRead::ok:
+            break;
+    }
+    int read_pos = 0;
+    bool complete = false;
+    try {
+        complete = r.object->unSerialize(r.bytes, read_pos);
+    } catch (...) {
+        throw SerializableError("An exception occurred when trying to read object data from the stream");
+    }
+    if (!complete || read_pos != static_cast<int>(r.bytes.size())) {
+        throw SerializableError("An error occured when unserializing bytes read from the stream");
+    }
+    return r.object;
+}
+
+}  // namespace eod
+}  // namespace tq

@@ -1,0 +1,24 @@
+#include "eod/startupregistrations.h"
+
+#include <eod/compressedserializable.h>
+#include <eod/compressedserializabletoken.h>
+#include <eod/engineoutputdata.h>
+
+namespace tq {
+namespace eod {
+namespace detail {
+
+// Fixed order: 9, 40, 41, 42, 11, 16, 91, 93, 94, 15, 13, 12, 14, 10, 19, 43, 18, 29, 44,
+// 39, 17, 20, 45, 30, 31, 32, 36, 34, 35, 92, 95, 96.
+const std::vector<StartupRegistration>& startupRegistrations() {
+    static const std::vector<StartupRegistration> table = {
+        {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {CompressedSerializable::THIS_OBJECT_ID, &createRecord<CompressedSerializable>},
+        {CompressedSerializableToken::THIS_OBJECT_ID, &createRecord<CompressedSerializableToken>},
+    };
+    return table;
+}
+
+}  // namespace detail
+}  // namespace eod
+}  // namespace tq

@@ -1,0 +1,33 @@
+#ifndef EOD_STARTUPREGISTRATIONS_H
+#define EOD_STARTUPREGISTRATIONS_H
+
+#include <vector>
+
+#include <boost/make_shared.hpp>
+
+#include <eod/serializablefactory.h>
+
+namespace tq {
+namespace eod {
+namespace detail {
+
+struct StartupRegistration {
+    char object_id;
+    SerializableFactory::CreationFunction create;
+};
+
+template <class Record>
+boost::shared_ptr<Serializable> createRecord() {
+    return boost::shared_ptr<Serializable>(new Record());
+}
+
+// The library's own record classes, in the fixed order in which the registry registers
+// them on its first use. Listed in code rather than by static initialisers, which a
+// linker may drop from a library.
+const std::vector<StartupRegistration>& startupRegistrations();
+
+}  // namespace detail
+}  // namespace eod
+}  // namespace tq
+
+#endif
