@@ -3,6 +3,8 @@
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
 #include <eod/engineoutputdata.h>
+#include <eod/imagecollectionoutputdata.h>
+#include <eod/imageoutputdata.h>
 
 namespace tq {
 namespace eod {
@@ -13,6 +15,8 @@ namespace detail {
 const std::vector<StartupRegistration>& startupRegistrations() {
     static const std::vector<StartupRegistration> table = {
         {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {ImageCollectionOutputData::THIS_OBJECT_ID, &createRecord<ImageCollectionOutputData>},
+        {ImageOutputData::THIS_OBJECT_ID, &createRecord<ImageOutputData>},
         {CompressedSerializable::THIS_OBJECT_ID, &createRecord<CompressedSerializable>},
         {CompressedSerializableToken::THIS_OBJECT_ID, &createRecord<CompressedSerializableToken>},
     };

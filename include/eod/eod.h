@@ -8,6 +8,8 @@
 #include <eod/engineoutputbase.h>
 #include <eod/engineoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/imagecollectionoutputdata.h>
+#include <eod/imageoutputdata.h>
 #include <eod/serializable.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
