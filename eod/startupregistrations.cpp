@@ -3,6 +3,10 @@
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
 #include <eod/engineoutputdata.h>
+#include <eod/faceoutputdata.h>
+#include <eod/faceoutputdatav2.h>
+#include <eod/facesetoutputdata.h>
+#include <eod/facetextureoutputdata.h>
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/imageoutputdata.h>
 
@@ -15,8 +19,12 @@ namespace detail {
 const std::vector<StartupRegistration>& startupRegistrations() {
     static const std::vector<StartupRegistration> table = {
         {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {FaceOutputData::THIS_OBJECT_ID, &createRecord<FaceOutputData>},
+        {FaceOutputDataV2::THIS_OBJECT_ID, &createRecord<FaceOutputDataV2>},
+        {FaceSetOutputData::THIS_OBJECT_ID, &createRecord<FaceSetOutputData>},
         {ImageCollectionOutputData::THIS_OBJECT_ID, &createRecord<ImageCollectionOutputData>},
         {ImageOutputData::THIS_OBJECT_ID, &createRecord<ImageOutputData>},
+        {FaceTextureOutputData::THIS_OBJECT_ID, &createRecord<FaceTextureOutputData>},
         {CompressedSerializable::THIS_OBJECT_ID, &createRecord<CompressedSerializable>},
         {CompressedSerializableToken::THIS_OBJECT_ID, &createRecord<CompressedSerializableToken>},
     };

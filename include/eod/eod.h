@@ -8,6 +8,14 @@
 #include <eod/engineoutputbase.h>
 #include <eod/engineoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/facecoordinate.h>
+#include <eod/facelandmark.h>
+#include <eod/facelandmarkids.h>
+#include <eod/faceoutputdata.h>
+#include <eod/faceoutputdatav2.h>
+#include <eod/facesetoutputdata.h>
+#include <eod/facetexturecoordinate.h>
+#include <eod/facetextureoutputdata.h>
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/imageoutputdata.h>
 #include <eod/serializable.h>

@@ -1,0 +1,106 @@
+#ifndef EOD_FACEOUTPUTDATAV2_H
+#define EOD_FACEOUTPUTDATAV2_H
+
+// Face landmarks with the face count and whether the person wears glasses. Engine-specific
+// data:
+//
+//   number of landmarks  4 bytes, signed, >= 0
+//   per landmark         id (4 bytes), x, y, z, u, v (floats): 24 bytes, ascending id
+//   face count           4 bytes, unsigned
+//   wearing glasses      1 byte
+//
+// So the own data is 9 + 24 x landmarks bytes (after the flag byte). A face texture may
+// follow as the record's child (FaceTextureOutputData).
+
+#include <map>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include <eod/engineoutputbase.h>
+#include <eod/facelandmark.h>
+#include <eod/facetextureoutputdata.h>
+
+namespace tq {
+namespace eod {
+
+// Named glasses codes; the record keeps any code of 0..255, as set or read.
+enum WearingGlassesType : int {
+    NOT_WEARING_GLASSES = 0,
+    WEARING_GLASSES = 1,
+    WEARING_GLASSES_UNKNOWN = 2
+};
+
+class FaceOutputDataV2 : public EngineOutputBase {
+public:
+    static const char THIS_OBJECT_ID = 93;
+
+    FaceOutputDataV2() = default;
+    FaceOutputDataV2(const FaceOutputDataV2&) = default;
+    FaceOutputDataV2& operator=(const FaceOutputDataV2&) = default;
+    ~FaceOutputDataV2() override;
+    void copyFrom(const FaceOutputDataV2& other) { *this = other; }
+
+    char objectID() const override { return THIS_OBJECT_ID; }
+    FaceOutputDataV2* clone() const override;
+
+    // Inserts the landmark or replaces the one of its id. Ids 800..899 belong to the
+    // texture mask: usage error "invalid landmark".
+    void addLandmark(const FaceLandmark& landmark);
+    // In ascending id order.
+    const std::map<int, FaceLandmark>& faceLandmarks() const { return _landmarks; }
+    bool hasLandmark(int id) const { return _landmarks.count(id) != 0; }
+    // True only if every id is present.
+    bool hasAllLandmarks(const std::vector<int>& ids) const;
+    // Copy the value and return true when the landmark exists; otherwise false.
+    bool faceCoordinate(int id, FaceCoordinate& out) const;
+    bool faceTextureCoordinate(int id, FaceTextureCoordinate& out) const;
+    // Sets the coordinate and keeps the texture coordinate; for an id without a landmark it
+    // adds one with a zero texture coordinate. Ids 800..899: usage error "invalid landmark".
+    void setFaceCoordinate(int id, const FaceCoordinate& coordinate);
+    // Removes the landmark of the id, if any.
+    void clearLandmark(int id) { _landmarks.erase(id); }
+    void clearLandmarks() { _landmarks.clear(); }
+
+    // All bits set (-1 stored unsigned) until set.
+    unsigned int faceCount() const { return _face_count; }
+    void setFaceCount(unsigned int face_count) { _face_count = face_count; }
+    // WEARING_GLASSES_UNKNOWN until set. The code travels in one byte: outside 0..255 it is a
+    // usage error ("wearing_glasses outside the range 0..255").
+    WearingGlassesType wearingGlasses() const {
+        return static_cast<WearingGlassesType>(_wearing_glasses);
+    }
+    void setWearingGlasses(WearingGlassesType wearing_glasses);
+
+    // The face texture child, or null.
+    boost::shared_ptr<FaceTextureOutputData> faceTexture();
+    boost::shared_ptr<FaceTextureOutputData const> faceTexture() const;
+    // Makes the texture the record's child in place of any earlier one; a null texture
+    // throws the composite's SerializableError and leaves the record unchanged.
+    void addFaceTexture(const boost::shared_ptr<FaceTextureOutputData>& texture);
+
+    // 190 columns: "FLM_<id>_X", "_Y", "_Z" for each id of FLM_IDS_ALL_FIXED, then "_U", "_V"
+    // for each; absent landmarks print zeros. Face count and glasses are not printed.
+    void printOwnHeader(std::ostream& os) const override;
+    void printOwnData(std::ostream& os) const override;
+
+protected:
+    void appendEngineSpecificData(std::vector<unsigned char>& buffer) const override;
+    // Clears the landmarks first. A negative count, a count the bytes cannot hold and an id
+    // in 800..899 throw SerializableError.
+    void readEngineSpecificData(const std::vector<unsigned char>& buffer, int& read_pos) override;
+    unsigned int numEngineSpecificDataBytes() const override;
+
+private:
+    template <class Self, class V>
+    static void visitFields(Self& self, V& v);
+
+    std::map<int, FaceLandmark> _landmarks;
+    unsigned int _face_count = ~0u;
+    unsigned char _wearing_glasses = WEARING_GLASSES_UNKNOWN;
+};
+
+}  // namespace eod
+}  // namespace tq
+
+#endif
