@@ -3,6 +3,14 @@
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
 #include <eod/engineoutputdata.h>
+#include <eod/gazeintersectionoutputdatav1.h>
+#include <eod/gazeintersectionoutputdatav2.h>
+#include <eod/gazeintersectionoutputdatav3.h>
+#include <eod/gazeintersectionoutputdatav4.h>
+#include <eod/headintersectionoutputdatav1.h>
+#include <eod/headintersectionoutputdatav2.h>
+#include <eod/worldoutputdata.h>
+#include <eod/worldoutputdatav2.h>
 
 namespace tq {
 namespace eod {
@@ -13,6 +21,14 @@ namespace detail {
 const std::vector<StartupRegistration>& startupRegistrations() {
     static const std::vector<StartupRegistration> table = {
         {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {WorldOutputData::THIS_OBJECT_ID, &createRecord<WorldOutputData>},
+        {WorldOutputDataV2::THIS_OBJECT_ID, &createRecord<WorldOutputDataV2>},
+        {GazeIntersectionOutputDataV1::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV1>},
+        {GazeIntersectionOutputDataV2::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV2>},
+        {GazeIntersectionOutputDataV3::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV3>},
+        {GazeIntersectionOutputDataV4::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV4>},
+        {HeadIntersectionOutputDataV1::THIS_OBJECT_ID, &createRecord<HeadIntersectionOutputDataV1>},
+        {HeadIntersectionOutputDataV2::THIS_OBJECT_ID, &createRecord<HeadIntersectionOutputDataV2>},
         {CompressedSerializable::THIS_OBJECT_ID, &createRecord<CompressedSerializable>},
         {CompressedSerializableToken::THIS_OBJECT_ID, &createRecord<CompressedSerializableToken>},
     };

@@ -8,10 +8,21 @@
 #include <eod/engineoutputbase.h>
 #include <eod/engineoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/gazeintersectionoutputdatabase.h>
+#include <eod/gazeintersectionoutputdatav1.h>
+#include <eod/gazeintersectionoutputdatav2.h>
+#include <eod/gazeintersectionoutputdatav3.h>
+#include <eod/gazeintersectionoutputdatav4.h>
+#include <eod/headintersectionoutputdatav1.h>
+#include <eod/headintersectionoutputdatav2.h>
+#include <eod/intersectionoutputbase.h>
+#include <eod/intersectionoutputbasev2.h>
 #include <eod/serializable.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
 #include <eod/serializablefactory.h>
+#include <eod/worldoutputdata.h>
+#include <eod/worldoutputdatav2.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
 #include <eod/io/fileerrors.h>
