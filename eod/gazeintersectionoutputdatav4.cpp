@@ -8,6 +8,9 @@
 namespace tq {
 namespace eod {
 
+// Definitions, so that the constants can also be bound to references.
+const char GazeIntersectionOutputDataV4::THIS_OBJECT_ID;
+
 namespace {
 
 bool isEyeId(int value) { return value == RIGHT_EYE || value == LEFT_EYE || value == BOTH_EYES; }

@@ -56,10 +56,10 @@ std::map<int, std::vector<T>> readPoints(const std::vector<unsigned char>& buffe
         r(index);
         r(point);
         if (label_indices.count(index) == 0) {
-            throwReadError(std::string("index of ") + what + " names no label");
+            throwReadError("index " + std::to_string(index) + " of " + what + " names no label");
         }
         if (!points.emplace(index, std::move(point)).second) {
-            throwReadError(std::string("index of ") + what + " repeated");
+            throwReadError("index " + std::to_string(index) + " of " + what + " repeated");
         }
     }
     return points;
