@@ -13,7 +13,6 @@ namespace eod {
 
 namespace {
 
-const unsigned int COUNT_BYTES = 4;
 const unsigned int INDEX_BYTES = 4;
 // The shortest label entry: an empty label (its terminator) and its index.
 const unsigned int MIN_LABEL_ENTRY_BYTES = 1 + INDEX_BYTES;
