@@ -1,5 +1,7 @@
 #include <eod/engineoutputdata.h>
 
+#include <eod/worldoutputdatav2.h>
+
 #include "eod/bytecodec.h"
 #include "eod/textcolumns.h"
 
@@ -39,6 +41,22 @@ void EngineOutputData::appendEngineSpecificData(std::vector<unsigned char>& buff
 void EngineOutputData::readEngineSpecificData(const std::vector<unsigned char>& buffer,
                                               int& read_pos) {
     _frame_num = detail::readNumber<unsigned int>(buffer, read_pos);
+}
+
+boost::shared_ptr<WorldOutputDataV2> EngineOutputData::worldOutputData() {
+    return typedSubObject<WorldOutputDataV2>(WorldOutputDataV2::THIS_OBJECT_ID);
+}
+
+boost::shared_ptr<WorldOutputDataV2 const> EngineOutputData::worldOutputData() const {
+    return typedSubObject<WorldOutputDataV2>(WorldOutputDataV2::THIS_OBJECT_ID);
+}
+
+boost::shared_ptr<WorldOutputDataV2> worldOutputData(EngineOutputData& frame) {
+    return frame.worldOutputData();
+}
+
+boost::shared_ptr<WorldOutputDataV2> addWorldOutputDataIfMissing(EngineOutputData& frame) {
+    return frame.typedSubObjectAddIfMissing<WorldOutputDataV2>();
 }
 
 }  // namespace eod

@@ -7,8 +7,16 @@
 #include <eod/faceoutputdatav2.h>
 #include <eod/facesetoutputdata.h>
 #include <eod/facetextureoutputdata.h>
+#include <eod/gazeintersectionoutputdatav1.h>
+#include <eod/gazeintersectionoutputdatav2.h>
+#include <eod/gazeintersectionoutputdatav3.h>
+#include <eod/gazeintersectionoutputdatav4.h>
+#include <eod/headintersectionoutputdatav1.h>
+#include <eod/headintersectionoutputdatav2.h>
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/imageoutputdata.h>
+#include <eod/worldoutputdata.h>
+#include <eod/worldoutputdatav2.h>
 
 namespace tq {
 namespace eod {
@@ -22,6 +30,14 @@ const std::vector<StartupRegistration>& startupRegistrations() {
         {FaceOutputData::THIS_OBJECT_ID, &createRecord<FaceOutputData>},
         {FaceOutputDataV2::THIS_OBJECT_ID, &createRecord<FaceOutputDataV2>},
         {FaceSetOutputData::THIS_OBJECT_ID, &createRecord<FaceSetOutputData>},
+        {WorldOutputData::THIS_OBJECT_ID, &createRecord<WorldOutputData>},
+        {WorldOutputDataV2::THIS_OBJECT_ID, &createRecord<WorldOutputDataV2>},
+        {GazeIntersectionOutputDataV1::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV1>},
+        {GazeIntersectionOutputDataV2::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV2>},
+        {GazeIntersectionOutputDataV3::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV3>},
+        {GazeIntersectionOutputDataV4::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV4>},
+        {HeadIntersectionOutputDataV1::THIS_OBJECT_ID, &createRecord<HeadIntersectionOutputDataV1>},
+        {HeadIntersectionOutputDataV2::THIS_OBJECT_ID, &createRecord<HeadIntersectionOutputDataV2>},
         {ImageCollectionOutputData::THIS_OBJECT_ID, &createRecord<ImageCollectionOutputData>},
         {ImageOutputData::THIS_OBJECT_ID, &createRecord<ImageOutputData>},
         {FaceTextureOutputData::THIS_OBJECT_ID, &createRecord<FaceTextureOutputData>},

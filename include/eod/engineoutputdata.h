@@ -12,6 +12,8 @@
 namespace tq {
 namespace eod {
 
+class WorldOutputDataV2;
+
 class EngineOutputData : public EngineOutputBase {
 public:
     static const char THIS_OBJECT_ID = 9;
@@ -37,6 +39,10 @@ public:
     static const std::wstring& LOGFILE_EXTENSION();
     static const std::wstring& LOGFILE_INDEX_EXTENSION();
 
+    // The frame's world record; null when it has none.
+    boost::shared_ptr<WorldOutputDataV2> worldOutputData();
+    boost::shared_ptr<WorldOutputDataV2 const> worldOutputData() const;
+
 protected:
     // Removes every sub-record, sets the frame number to 0 and enables serialisation.
     void reset();
@@ -48,6 +54,11 @@ protected:
 private:
     unsigned int _frame_num = 0;
 };
+
+// The frame's world record; null when it has none.
+boost::shared_ptr<WorldOutputDataV2> worldOutputData(EngineOutputData& frame);
+// The frame's world record, added as a new empty one when the frame has none.
+boost::shared_ptr<WorldOutputDataV2> addWorldOutputDataIfMissing(EngineOutputData& frame);
 
 }  // namespace eod
 }  // namespace tq

@@ -16,12 +16,23 @@
 #include <eod/facesetoutputdata.h>
 #include <eod/facetexturecoordinate.h>
 #include <eod/facetextureoutputdata.h>
+#include <eod/gazeintersectionoutputdatabase.h>
+#include <eod/gazeintersectionoutputdatav1.h>
+#include <eod/gazeintersectionoutputdatav2.h>
+#include <eod/gazeintersectionoutputdatav3.h>
+#include <eod/gazeintersectionoutputdatav4.h>
+#include <eod/headintersectionoutputdatav1.h>
+#include <eod/headintersectionoutputdatav2.h>
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/imageoutputdata.h>
+#include <eod/intersectionoutputbase.h>
+#include <eod/intersectionoutputbasev2.h>
 #include <eod/serializable.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
 #include <eod/serializablefactory.h>
+#include <eod/worldoutputdata.h>
+#include <eod/worldoutputdatav2.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
 #include <eod/io/fileerrors.h>

@@ -1,0 +1,17 @@
+#include <eod/gazeintersectionoutputdatav1.h>
+
+namespace tq {
+namespace eod {
+
+// Definitions, so that the constants can also be bound to references.
+const char GazeIntersectionOutputDataV1::THIS_OBJECT_ID;
+const char GazeIntersectionOutputDataV1::GAZE_INTERSECTION_OUTPUT_DATA_ID;
+
+GazeIntersectionOutputDataV1::~GazeIntersectionOutputDataV1() = default;
+
+GazeIntersectionOutputDataV1* GazeIntersectionOutputDataV1::clone() const {
+    return new GazeIntersectionOutputDataV1(*this);
+}
+
+}  // namespace eod
+}  // namespace tq

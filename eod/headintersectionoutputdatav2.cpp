@@ -1,0 +1,17 @@
+#include <eod/headintersectionoutputdatav2.h>
+
+namespace tq {
+namespace eod {
+
+// Definitions, so that the constants can also be bound to references.
+const char HeadIntersectionOutputDataV2::THIS_OBJECT_ID;
+const char HeadIntersectionOutputDataV2::HEADINTERSECTION_OUTPUT_DATA_V2_ID;
+
+HeadIntersectionOutputDataV2::~HeadIntersectionOutputDataV2() = default;
+
+HeadIntersectionOutputDataV2* HeadIntersectionOutputDataV2::clone() const {
+    return new HeadIntersectionOutputDataV2(*this);
+}
+
+}  // namespace eod
+}  // namespace tq
