@@ -18,4 +18,7 @@
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
 
+#include <eod/utils/geomutils.h>
+#include <eod/utils/geomutilserror.h>
+
 #endif
