@@ -3,6 +3,12 @@
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
 #include <eod/engineoutputdata.h>
+#include <eod/eyeclosureoutputdata.h>
+#include <eod/eyeoutputdata.h>
+#include <eod/gazeoutputdata.h>
+#include <eod/headoutputdata.h>
+#include <eod/headoutputdatav2.h>
+#include <eod/pupiloutputdata.h>
 
 namespace tq {
 namespace eod {
@@ -13,6 +19,12 @@ namespace detail {
 const std::vector<StartupRegistration>& startupRegistrations() {
     static const std::vector<StartupRegistration> table = {
         {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {HeadOutputData::THIS_OBJECT_ID, &createRecord<HeadOutputData>},
+        {HeadOutputDataV2::THIS_OBJECT_ID, &createRecord<HeadOutputDataV2>},
+        {EyeOutputData::THIS_OBJECT_ID, &createRecord<EyeOutputData>},
+        {GazeOutputData::THIS_OBJECT_ID, &createRecord<GazeOutputData>},
+        {EyeClosureOutputData::THIS_OBJECT_ID, &createRecord<EyeClosureOutputData>},
+        {PupilOutputData::THIS_OBJECT_ID, &createRecord<PupilOutputData>},
         {CompressedSerializable::THIS_OBJECT_ID, &createRecord<CompressedSerializable>},
         {CompressedSerializableToken::THIS_OBJECT_ID, &createRecord<CompressedSerializableToken>},
     };

@@ -8,6 +8,12 @@
 #include <eod/engineoutputbase.h>
 #include <eod/engineoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/eyeclosureoutputdata.h>
+#include <eod/eyeoutputdata.h>
+#include <eod/gazeoutputdata.h>
+#include <eod/headoutputdata.h>
+#include <eod/headoutputdatav2.h>
+#include <eod/pupiloutputdata.h>
 #include <eod/serializable.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
