@@ -173,10 +173,17 @@ float vectorIntersectionAngle(const std::vector<float>& direction1,
                               const std::vector<float>& direction2) {
     EOD_REQUIRE(direction1.size() == 3, "direction1.size() == 3");
     EOD_REQUIRE(direction2.size() == 3, "direction2.size() == 3");
-    const double lengths = double(length(direction1)) * length(direction2);
+    // In double throughout: with float lengths, parallel directions would come out a few
+    // 1e-4 radians apart, since acos magnifies the rounding of a cosine near 1.
+    double dot12 = 0, dot11 = 0, dot22 = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        dot12 += double(direction1[i]) * direction2[i];
+        dot11 += double(direction1[i]) * direction1[i];
+        dot22 += double(direction2[i]) * direction2[i];
+    }
+    const double lengths = std::sqrt(dot11 * dot22);
     if (lengths == 0) return std::numeric_limits<float>::quiet_NaN();
-    const double cosine = innerProduct(direction1, direction2) / lengths;
-    return static_cast<float>(std::acos(std::clamp(cosine, -1.0, 1.0)));
+    return static_cast<float>(std::acos(std::clamp(dot12 / lengths, -1.0, 1.0)));
 }
 
 std::vector<double> fromEulerAngles(const std::vector<double>& euler_angles) {
