@@ -126,7 +126,7 @@ void expectEveryTruncationRejected(const Bytes& bytes, Check check) {
         EXPECT_EQ(pos, 0);
         unsigned int status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(prefix, pos, status));
-        EXPECT_EQ(status, Serializable::STATUS_NOT_ENOUGH_DATA);
+        EXPECT_EQ(status, +Serializable::STATUS_NOT_ENOUGH_DATA);
 
         const std::size_t header = Serializable::minHeaderBytes();
         if (n < header) continue;
@@ -138,7 +138,7 @@ void expectEveryTruncationRejected(const Bytes& bytes, Check check) {
         check(record);
         status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(relabelled, pos, status));
-        EXPECT_EQ(status, Serializable::STATUS_UNDECODABLE);
+        EXPECT_EQ(status, +Serializable::STATUS_UNDECODABLE);
         EXPECT_EQ(pos, 0);
     }
 }
