@@ -272,7 +272,8 @@ TEST(HeadOutputDataV2, TakesAnyQuaternionFromTheWire) {
     // NaN, infinities and zero must decode without trouble; the angles follow the quaternion.
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
-    for (const Doubles& q : {Doubles{nan, 0, 0, 0}, Doubles{inf, -inf, 0, 1}, Doubles{0, 0, 0, 0}}) {
+    for (const Doubles& q :
+         {Doubles{nan, 0, 0, 0}, Doubles{inf, -inf, 0, 1}, Doubles{0, 0, 0, 0}}) {
         Bytes bytes = encode(HeadOutputDataV2());
         Bytes field;
         appendAll(field, q);

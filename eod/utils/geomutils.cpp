@@ -139,7 +139,9 @@ void coefficientsOfRaysClosestApproach(const std::vector<float>& origin1,
     const double d = innerProduct(direction1, w);
     const double e = innerProduct(direction2, w);
     const double denom = a * c - b * b;
-    if (denom <= 0) throw GeomUtilsError("tq::eod::utils::rayIntersectionPoint : rays are parallel");
+    if (denom <= 0) {
+        throw GeomUtilsError("tq::eod::utils::rayIntersectionPoint : rays are parallel");
+    }
     const float s_closest = static_cast<float>((b * e - c * d) / denom);
     const float t_closest = static_cast<float>((a * e - b * d) / denom);
     if (s_closest <= 0 || t_closest <= 0) {

@@ -41,13 +41,16 @@ public:
     // Proportion of time the eyes are closed.
     float perclos() const { return _perclos; }
 
-    void setEyeClosure(int eye_id, float closure);           // 0..1, "closure outside range 0..1"
-    void setEyeClosureConfidence(int eye_id, float confidence);  // "confidence outside range 0..1"
-    void setEyeClosureCalibStatus(float calib_status);  // "calib_status outside range 0..1"
+    // 0..1: "closure outside range 0..1", "confidence outside range 0..1", "calib_status
+    // outside range 0..1", "perclos outside range 0..1".
+    void setEyeClosure(int eye_id, float closure);
+    void setEyeClosureConfidence(int eye_id, float confidence);
+    void setEyeClosureCalibStatus(float calib_status);
+    void setPerclos(float perclos);
+    // >= 0: "frequency less than zero", "duration less than zero".
+    void setBlinkFrequency(float frequency);
+    void setAverageBlinkDuration(float duration);
     void setBlinking(bool blinking) { _blinking = blinking; }
-    void setBlinkFrequency(float frequency);        // >= 0, "frequency less than zero"
-    void setAverageBlinkDuration(float duration);   // >= 0, "duration less than zero"
-    void setPerclos(float perclos);                 // "perclos outside range 0..1"
 
     void printOwnHeader(std::ostream& os) const override;
     void printOwnData(std::ostream& os) const override;
