@@ -3,6 +3,8 @@
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
 #include <eod/engineoutputdata.h>
+#include <eod/eyeclosureoutputdata.h>
+#include <eod/eyeoutputdata.h>
 #include <eod/faceoutputdata.h>
 #include <eod/faceoutputdatav2.h>
 #include <eod/facesetoutputdata.h>
@@ -11,10 +13,14 @@
 #include <eod/gazeintersectionoutputdatav2.h>
 #include <eod/gazeintersectionoutputdatav3.h>
 #include <eod/gazeintersectionoutputdatav4.h>
+#include <eod/gazeoutputdata.h>
 #include <eod/headintersectionoutputdatav1.h>
 #include <eod/headintersectionoutputdatav2.h>
+#include <eod/headoutputdata.h>
+#include <eod/headoutputdatav2.h>
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/imageoutputdata.h>
+#include <eod/pupiloutputdata.h>
 #include <eod/worldoutputdata.h>
 #include <eod/worldoutputdatav2.h>
 
@@ -27,9 +33,15 @@ namespace detail {
 const std::vector<StartupRegistration>& startupRegistrations() {
     static const std::vector<StartupRegistration> table = {
         {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {HeadOutputData::THIS_OBJECT_ID, &createRecord<HeadOutputData>},
+        {HeadOutputDataV2::THIS_OBJECT_ID, &createRecord<HeadOutputDataV2>},
         {FaceOutputData::THIS_OBJECT_ID, &createRecord<FaceOutputData>},
         {FaceOutputDataV2::THIS_OBJECT_ID, &createRecord<FaceOutputDataV2>},
         {FaceSetOutputData::THIS_OBJECT_ID, &createRecord<FaceSetOutputData>},
+        {EyeOutputData::THIS_OBJECT_ID, &createRecord<EyeOutputData>},
+        {GazeOutputData::THIS_OBJECT_ID, &createRecord<GazeOutputData>},
+        {EyeClosureOutputData::THIS_OBJECT_ID, &createRecord<EyeClosureOutputData>},
+        {PupilOutputData::THIS_OBJECT_ID, &createRecord<PupilOutputData>},
         {WorldOutputData::THIS_OBJECT_ID, &createRecord<WorldOutputData>},
         {WorldOutputDataV2::THIS_OBJECT_ID, &createRecord<WorldOutputDataV2>},
         {GazeIntersectionOutputDataV1::THIS_OBJECT_ID, &createRecord<GazeIntersectionOutputDataV1>},

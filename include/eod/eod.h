@@ -8,6 +8,8 @@
 #include <eod/engineoutputbase.h>
 #include <eod/engineoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/eyeclosureoutputdata.h>
+#include <eod/eyeoutputdata.h>
 #include <eod/facecoordinate.h>
 #include <eod/facelandmark.h>
 #include <eod/facelandmarkids.h>
@@ -21,12 +23,16 @@
 #include <eod/gazeintersectionoutputdatav2.h>
 #include <eod/gazeintersectionoutputdatav3.h>
 #include <eod/gazeintersectionoutputdatav4.h>
+#include <eod/gazeoutputdata.h>
 #include <eod/headintersectionoutputdatav1.h>
 #include <eod/headintersectionoutputdatav2.h>
+#include <eod/headoutputdata.h>
+#include <eod/headoutputdatav2.h>
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/imageoutputdata.h>
 #include <eod/intersectionoutputbase.h>
 #include <eod/intersectionoutputbasev2.h>
+#include <eod/pupiloutputdata.h>
 #include <eod/serializable.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
@@ -38,5 +44,8 @@
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
+
+#include <eod/utils/geomutils.h>
+#include <eod/utils/geomutilserror.h>
 
 #endif
