@@ -17,5 +17,9 @@
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
+#include <eod/io/inetaddress.h>
+#include <eod/io/inetaddressexception.h>
+#include <eod/io/netinitialiser.h>
+#include <eod/io/socketerror.h>
 
 #endif
