@@ -14,6 +14,7 @@
 #include <eod/serializablefactory.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
+#include <eod/io/engineoutputdatatcpclient.h>
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
@@ -21,5 +22,8 @@
 #include <eod/io/inetaddressexception.h>
 #include <eod/io/netinitialiser.h>
 #include <eod/io/socketerror.h>
+#include <eod/io/tcpclient.h>
+#include <eod/io/tcpendpoint.h>
+#include <eod/io/tcpsocket.h>
 
 #endif
