@@ -27,7 +27,7 @@ namespace io {
 
 class EngineOutputDataTcpClient {
   public:
-    static const unsigned int DEFAULT_MAX_RECORD_SIZE = 64u << 20;
+    static constexpr unsigned int DEFAULT_MAX_RECORD_SIZE = 64u << 20;
 
     EngineOutputDataTcpClient();
 
