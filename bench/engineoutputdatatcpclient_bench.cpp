@@ -3,17 +3,19 @@
 // same sender, and against decoding the same frame from memory. Prints the client's rate
 // as a fraction of each at the end.
 
-#include <benchmark/benchmark.h>
-#include <eod/eod.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <boost/make_shared.hpp>
 #include <map>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <benchmark/benchmark.h>
+#include <boost/make_shared.hpp>
+
+#include <eod/eod.h>
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -45,13 +47,13 @@ const Bytes& frameBytes() {
 
 // Listens on loopback; the first caller gets frames written back to back until it hangs up.
 class Sender {
-  public:
+public:
     Sender() : _thread([this] { run(); }) {}
     ~Sender() { _thread.join(); }
 
     const InetAddress& address() const { return _listener->getLocalAddress(); }
 
-  private:
+private:
     static std::unique_ptr<TcpSocket> listen() {
         std::unique_ptr<TcpSocket> listener(new TcpSocket());
         listener->open();
@@ -142,7 +144,7 @@ BENCHMARK(BM_DecodeFromMemory)->UseRealTime();
 
 // The console report, followed by the client's rate as a fraction of the baseline's.
 class RatioReporter : public benchmark::ConsoleReporter {
-  public:
+public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
@@ -168,7 +170,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
         }
     }
 
-  private:
+private:
     double rateOf(const std::string& prefix) const {
         for (const auto& entry : _rates) {
             if (entry.first.compare(0, prefix.size(), prefix) == 0) return entry.second;

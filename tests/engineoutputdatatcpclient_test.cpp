@@ -1,13 +1,14 @@
-#include <eod/eod.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <boost/make_shared.hpp>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <eod/eod.h>
 
 #include "nettesthelpers.h"
 

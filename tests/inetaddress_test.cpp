@@ -1,9 +1,11 @@
-#include <arpa/inet.h>
-#include <eod/eod.h>
-#include <gtest/gtest.h>
-
 #include <sstream>
 #include <string>
+
+#include <arpa/inet.h>
+
+#include <gtest/gtest.h>
+
+#include <eod/eod.h>
 
 #include "nettesthelpers.h"
 

@@ -3,11 +3,15 @@
 
 // Helpers shared by the transport tests.
 
-#include <gtest/gtest.h>
-
 #include <cctype>
+#include <memory>
 #include <stdexcept>
 #include <string>
+
+#include <gtest/gtest.h>
+
+#include <eod/io/inetaddress.h>
+#include <eod/io/tcpsocket.h>
 
 namespace nettest {
 

@@ -1,9 +1,11 @@
-#include <eod/eod.h>
-#include <gtest/gtest.h>
-#include <netdb.h>
-
 #include <cerrno>
 #include <string>
+
+#include <netdb.h>
+
+#include <gtest/gtest.h>
+
+#include <eod/eod.h>
 
 #include "eod/io/netplatform.h"
 

@@ -1,12 +1,13 @@
-#include <eod/eod.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
+
+#include <eod/eod.h>
 
 #include "nettesthelpers.h"
 

@@ -1,10 +1,12 @@
 #include <eod/io/engineoutputdatatcpclient.h>
-#include <eod/serializableerror.h>
-#include <eod/serializablefactory.h>
 
-#include <boost/pointer_cast.hpp>
 #include <cstdint>
 #include <string>
+
+#include <boost/pointer_cast.hpp>
+
+#include <eod/serializableerror.h>
+#include <eod/serializablefactory.h>
 
 #include "eod/bytecodec.h"
 #include "eod/usageerror.h"

@@ -1,14 +1,16 @@
-#include <arpa/inet.h>
 #include <eod/io/inetaddress.h>
-#include <eod/io/inetaddressexception.h>
-#include <eod/io/socketerror.h>
-#include <ifaddrs.h>
-#include <netdb.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
+
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netdb.h>
+
+#include <eod/io/inetaddressexception.h>
+#include <eod/io/socketerror.h>
 
 #include "eod/io/netplatform.h"
 #include "eod/usageerror.h"

@@ -1,4 +1,5 @@
 #include <eod/io/netinitialiser.h>
+
 #include <eod/io/socketerror.h>
 
 #include "eod/io/netplatform.h"

@@ -2,13 +2,13 @@
 
 #include "eod/io/netplatform.h"
 
+#include <cerrno>
+#include <chrono>
+
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
 
 namespace tq {
 namespace eod {

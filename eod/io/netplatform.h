@@ -9,10 +9,10 @@
 // Handles are the unsigned socket handles of the public classes. Every failing function
 // leaves its cause as the calling thread's last error, for netLibErrorString.
 
-#include <netinet/in.h>
-
 #include <cstddef>
 #include <string>
+
+#include <netinet/in.h>
 
 namespace tq {
 namespace eod {

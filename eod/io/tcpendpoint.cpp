@@ -1,5 +1,6 @@
-#include <eod/io/socketerror.h>
 #include <eod/io/tcpendpoint.h>
+
+#include <eod/io/socketerror.h>
 
 #include "eod/usageerror.h"
 

@@ -1,10 +1,12 @@
-#include <eod/io/socketerror.h>
 #include <eod/io/tcpsocket.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <cassert>
+
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include <eod/io/socketerror.h>
 
 #include "eod/io/netplatform.h"
 #include "eod/usageerror.h"

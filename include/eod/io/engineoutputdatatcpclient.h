@@ -13,20 +13,21 @@
 // stream has no other framing, the bytes that follow cannot be trusted to start a record;
 // disconnect after this error.
 
+#include <cstddef>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
 #include <eod/engineoutputdata.h>
 #include <eod/io/inetaddress.h>
 #include <eod/io/tcpsocket.h>
-
-#include <boost/shared_ptr.hpp>
-#include <cstddef>
-#include <vector>
 
 namespace tq {
 namespace eod {
 namespace io {
 
 class EngineOutputDataTcpClient {
-  public:
+public:
     static constexpr unsigned int DEFAULT_MAX_RECORD_SIZE = 64u << 20;
 
     EngineOutputDataTcpClient();
@@ -51,7 +52,7 @@ class EngineOutputDataTcpClient {
     void setMaxRecordSize(unsigned int max_record_size);
     unsigned int maxRecordSize() const { return _max_record_size; }
 
-  private:
+private:
     bool connected() const { return _socket.connected(); }
     void clearBuffer();
     // Refuses the record at the read position once its header shows it larger than the

@@ -8,19 +8,19 @@
 // setLocalAdapter, getLocalAddressList, and setHost for names that need a lookup), and is
 // never refreshed.
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace tq {
 namespace eod {
 namespace io {
 
 class InetAddress {
-  public:
+public:
     // The wildcard receiver address (INADDR_ANY) with the given port.
     explicit InetAddress(int port = 0);
     // The address `host` names (see setHost). Throws InetAddressException
@@ -75,7 +75,7 @@ class InetAddress {
     bool operator==(const InetAddress& other) const;
     bool operator!=(const InetAddress& other) const { return !(*this == other); }
 
-  private:
+private:
     static const std::vector<in_addr>& localAddressTable();
     static std::vector<in_addr> buildLocalAddressTable();
     bool hostNameKnown() const;

@@ -1,9 +1,9 @@
 #ifndef EOD_IO_INETADDRESSEXCEPTION_H
 #define EOD_IO_INETADDRESSEXCEPTION_H
 
-#include <eod/eoderror.h>
-
 #include <string>
+
+#include <eod/eoderror.h>
 
 namespace tq {
 namespace eod {
@@ -12,7 +12,7 @@ namespace io {
 // An address that cannot be built: a host name that does not resolve, or a local address
 // table that cannot be read.
 class InetAddressException : public EODError {
-  public:
+public:
     explicit InetAddressException(const std::string& message);
     const char* className() const override;
 };

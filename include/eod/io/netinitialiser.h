@@ -9,7 +9,7 @@ namespace io {
 // socket call and cleanup() after the last. Where the socket library needs no start (POSIX
 // systems) both do nothing and may be called any number of times.
 class NetInitialiser {
-  public:
+public:
     // Throws SocketError "Could not find a useable windows sockets dll.: <description>"
     // when the library cannot be started; nothing is left started then.
     void init() const;

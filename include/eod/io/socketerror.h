@@ -1,9 +1,9 @@
 #ifndef EOD_IO_SOCKETERROR_H
 #define EOD_IO_SOCKETERROR_H
 
-#include <eod/eoderror.h>
-
 #include <string>
+
+#include <eod/eoderror.h>
 
 namespace tq {
 namespace eod {
@@ -12,7 +12,7 @@ namespace io {
 // A failure of the socket library. Operating-system failures carry the text of
 // netLibErrorString: the failed call's own message, ": " and the last error's description.
 class SocketError : public EODError {
-  public:
+public:
     explicit SocketError(const std::string& message);
     const char* className() const override;
 };

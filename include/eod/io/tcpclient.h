@@ -10,7 +10,7 @@ namespace io {
 
 // The end point that opens its own socket and connects it to a server.
 class TcpClient : public TcpEndPoint {
-  public:
+public:
     // Opens the socket (TcpSocket::open); not yet connected.
     TcpClient();
     // Connects to the server (TcpSocket::connect, with its errors), first opening a new

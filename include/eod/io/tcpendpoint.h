@@ -4,18 +4,18 @@
 // One end of a TCP connection: the sole owner of a TcpSocket, plus the wait that receive
 // applies (100 ms unless set). Errors are those of TcpSocket.
 
-#include <eod/io/inetaddress.h>
-#include <eod/io/tcpsocket.h>
-
 #include <memory>
 #include <vector>
+
+#include <eod/io/inetaddress.h>
+#include <eod/io/tcpsocket.h>
 
 namespace tq {
 namespace eod {
 namespace io {
 
 class TcpEndPoint {
-  public:
+public:
     // A socket without a handle.
     TcpEndPoint();
     // Takes ownership of a connected socket, such as one that TcpSocket::accept returned.
@@ -47,7 +47,7 @@ class TcpEndPoint {
     // The address and port of this end.
     InetAddress localAddress() const;
 
-  private:
+private:
     std::unique_ptr<TcpSocket> _socket;
     int _receive_timeout_ms = 100;
 };

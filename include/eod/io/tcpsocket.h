@@ -11,9 +11,9 @@
 //
 // Waits take milliseconds: 0 polls, a negative value waits without limit.
 
-#include <eod/io/inetaddress.h>
-
 #include <vector>
+
+#include <eod/io/inetaddress.h>
 
 namespace tq {
 namespace eod {
@@ -25,17 +25,17 @@ constexpr unsigned int INVALID_SOCKET = ~0u;
 #endif
 
 class TcpSocket {
-  public:
+public:
     // An owned array of bytes that the socket receives into.
     class Buffer {
-      public:
+    public:
         // Replaces the array by a new one of n bytes (usage error "n >= 0").
         void setSize(int n);
         char* buffer() { return _bytes.data(); }
         const char* buffer() const { return _bytes.data(); }
         int size() const { return static_cast<int>(_bytes.size()); }
 
-      private:
+    private:
         std::vector<char> _bytes;
     };
 
@@ -106,7 +106,7 @@ class TcpSocket {
     bool socketFlag(SocketOptionFlag flag) const;
     void enableNagleAlgortihm(bool enable);
 
-  private:
+private:
     unsigned int sendBytes(const unsigned char* bytes, unsigned int count, bool no_wait);
     bool waitForData(int timeout_ms) const;
     bool waitForSend(int timeout_ms) const;
