@@ -40,7 +40,8 @@ public:
     // "localhost" becomes 127.0.0.1 without a lookup; a dotted address is taken as it
     // stands; any other text is looked up as a host name, and an address of this machine's
     // own becomes 127.0.0.1. Returns false, with the address unchanged and the cause kept
-    // for netLibErrorString, when the name does not resolve.
+    // for netLibErrorString, when the name does not resolve. A looked-up name reads the
+    // local address table, with its InetAddressException.
     bool setHost(const std::string& host);
     void setReceiverAddress();
     void setBroadcastAddress();
