@@ -41,9 +41,17 @@
 #include <eod/worldoutputdatav2.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
+#include <eod/io/engineoutputdatatcpclient.h>
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
+#include <eod/io/inetaddress.h>
+#include <eod/io/inetaddressexception.h>
+#include <eod/io/netinitialiser.h>
+#include <eod/io/socketerror.h>
+#include <eod/io/tcpclient.h>
+#include <eod/io/tcpendpoint.h>
+#include <eod/io/tcpsocket.h>
 
 #include <eod/utils/geomutils.h>
 #include <eod/utils/geomutilserror.h>
