@@ -17,5 +17,7 @@
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
+#include <eod/io/serialport.h>
+#include <eod/io/serialporterror.h>
 
 #endif
