@@ -17,7 +17,11 @@
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
+#include <eod/io/inetaddress.h>
+#include <eod/io/inetaddressexception.h>
+#include <eod/io/netinitialiser.h>
 #include <eod/io/serialport.h>
 #include <eod/io/serialporterror.h>
+#include <eod/io/socketerror.h>
 
 #endif
