@@ -14,6 +14,7 @@
 #include <eod/serializablefactory.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
+#include <eod/io/datagramsocket.h>
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
