@@ -189,25 +189,35 @@ void DatagramSocket::sendDatagram(const std::vector<unsigned char>& datagram,
 
 int DatagramSocket::receiveDatagram(std::vector<unsigned char>& out, InetAddress& from,
                                     int timeout_ms, bool append) const {
-    if (!waitForData(timeout_ms)) {
-        return 0;
-    }
     sockaddr_in sender{};
-    socklen_t length = sizeof sender;
-    ssize_t count;
-    do {
-        // MSG_TRUNC makes the call return the datagram's full length even when only the
-        // start of it fits, which is how a datagram too long for the buffer shows here.
-        // MSG_DONTWAIT: a datagram announced but then discarded for a bad checksum must not
-        // block the call.
-        count = ::recvfrom(_socket, _receive_buffer.data(), _receive_buffer.size(),
+    const auto receiveWaiting = [&] {
+        socklen_t length = sizeof sender;
+        ssize_t count;
+        do {
+            // MSG_TRUNC makes the call return the datagram's full length even when only the
+            // start of it fits, which is how a datagram too long for the buffer shows here.
+            count =
+                ::recvfrom(_socket, _receive_buffer.data(), _receive_buffer.size(),
                            MSG_TRUNC | MSG_DONTWAIT, reinterpret_cast<sockaddr*>(&sender), &length);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+        } while (count < 0 && errno == EINTR);
+        return count;
+    };
+    // Take a waiting datagram at once and wait only when none is there: one system call
+    // fewer per datagram under load. A datagram announced but then discarded for a bad
+    // checksum also ends as "nothing there", never as a blocked call.
+    ssize_t count = receiveWaiting();
+    if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+        errno = 0;
+        if (!waitForData(timeout_ms)) {
+            return 0;
+        }
+        count = receiveWaiting();
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
             errno = 0;
             return 0;
         }
+    }
+    if (count < 0) {
         throwSocketError("Failed to receive datagram.");
     }
     from = InetAddress(sender);

@@ -74,11 +74,11 @@ public:
     void sendDatagram(const std::vector<unsigned char>& datagram, const InetAddress& to) const;
 
     // Waits up to timeout_ms (0 polls, a negative value waits without limit) for the next
-    // datagram and returns its size; its sender is written into `from`. Returns 0, with
-    // `out` untouched, when the wait ends first or when the datagram was longer than the
-    // receive buffer size (it is dropped; `from` still names its sender). Otherwise `out` is
-    // emptied unless `append` and the datagram is appended, so an empty datagram also
-    // returns 0. Failure "Failed to receive datagram.".
+    // datagram and returns its size; its sender is written into `from` (hence a non-const
+    // reference). Returns 0, with `out` untouched, when the wait ends first or when the
+    // datagram was longer than the receive buffer size (it is dropped; `from` still names its
+    // sender). Otherwise `out` is emptied unless `append` and the datagram is appended, so an
+    // empty datagram also returns 0. Failure "Failed to receive datagram.".
     int receiveDatagram(std::vector<unsigned char>& out, InetAddress& from, int timeout_ms,
                         bool append) const;
 
