@@ -41,6 +41,7 @@
 #include <eod/worldoutputdatav2.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
+#include <eod/io/datagramsocket.h>
 #include <eod/io/engineoutputdatatcpclient.h>
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
@@ -48,6 +49,8 @@
 #include <eod/io/inetaddress.h>
 #include <eod/io/inetaddressexception.h>
 #include <eod/io/netinitialiser.h>
+#include <eod/io/serialport.h>
+#include <eod/io/serialporterror.h>
 #include <eod/io/socketerror.h>
 #include <eod/io/tcpclient.h>
 #include <eod/io/tcpendpoint.h>
