@@ -2,7 +2,15 @@
 
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
+#include <eod/customeventoutputdata.h>
 #include <eod/engineoutputdata.h>
+#include <eod/enginestateoutputdata.h>
+#include <eod/gpsoutputdata.h>
+#include <eod/gpsoutputdatav2.h>
+#include <eod/headtrackerstateoutputdata.h>
+#include <eod/inertiaoutputdata.h>
+#include <eod/irpodstateoutputdata.h>
+#include <eod/timingoutputdata.h>
 
 namespace tq {
 namespace eod {
@@ -13,6 +21,14 @@ namespace detail {
 const std::vector<StartupRegistration>& startupRegistrations() {
     static const std::vector<StartupRegistration> table = {
         {EngineOutputData::THIS_OBJECT_ID, &createRecord<EngineOutputData>},
+        {EngineStateOutputData::THIS_OBJECT_ID, &createRecord<EngineStateOutputData>},
+        {HeadTrackerStateOutputData::THIS_OBJECT_ID, &createRecord<HeadTrackerStateOutputData>},
+        {IRPodStateOutputData::THIS_OBJECT_ID, &createRecord<IRPodStateOutputData>},
+        {TimingOutputData::THIS_OBJECT_ID, &createRecord<TimingOutputData>},
+        {InertiaOutputData::THIS_OBJECT_ID, &createRecord<InertiaOutputData>},
+        {CustomEventOutputData::THIS_OBJECT_ID, &createRecord<CustomEventOutputData>},
+        {GPSOutputData::THIS_OBJECT_ID, &createRecord<GPSOutputData>},
+        {GPSOutputDataV2::THIS_OBJECT_ID, &createRecord<GPSOutputDataV2>},
         {CompressedSerializable::THIS_OBJECT_ID, &createRecord<CompressedSerializable>},
         {CompressedSerializableToken::THIS_OBJECT_ID, &createRecord<CompressedSerializableToken>},
     };

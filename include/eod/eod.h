@@ -5,13 +5,23 @@
 
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>
+#include <eod/customeventoutputdata.h>
 #include <eod/engineoutputbase.h>
 #include <eod/engineoutputdata.h>
+#include <eod/enginestateoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/gpscoordinatev1.h>
+#include <eod/gpscoordinatev2.h>
+#include <eod/gpsoutputdata.h>
+#include <eod/gpsoutputdatav2.h>
+#include <eod/headtrackerstateoutputdata.h>
+#include <eod/inertiaoutputdata.h>
+#include <eod/irpodstateoutputdata.h>
 #include <eod/serializable.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
 #include <eod/serializablefactory.h>
+#include <eod/timingoutputdata.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
 #include <eod/io/fileerrors.h>
