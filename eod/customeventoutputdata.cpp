@@ -8,6 +8,10 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char CustomEventOutputData::THIS_OBJECT_ID;
+const int CustomEventOutputData::NUM_FLAGS;
+
 namespace {
 
 // The mask of one flag; 0 for a bit number outside the word, where a shift would be

@@ -7,6 +7,11 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char EngineStateOutputData::THIS_OBJECT_ID;
+const int EngineStateOutputData::MIN_STATE;
+const int EngineStateOutputData::MAX_STATE;
+
 namespace {
 
 int checkedState(int state) {

@@ -7,6 +7,10 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char GPSOutputData::THIS_OBJECT_ID;
+const char GPSOutputData::GPS_OUTPUT_DATA_ID;
+
 GPSOutputData::~GPSOutputData() = default;
 
 GPSOutputData* GPSOutputData::clone() const { return new GPSOutputData(*this); }

@@ -7,6 +7,10 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char GPSOutputDataV2::THIS_OBJECT_ID;
+const char GPSOutputDataV2::GPS_OUTPUT_DATA_ID;
+
 GPSOutputDataV2::~GPSOutputDataV2() = default;
 
 GPSOutputDataV2* GPSOutputDataV2::clone() const { return new GPSOutputDataV2(*this); }

@@ -7,6 +7,11 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char HeadTrackerStateOutputData::THIS_OBJECT_ID;
+const int HeadTrackerStateOutputData::MIN_STATE;
+const int HeadTrackerStateOutputData::MAX_STATE;
+
 namespace {
 
 int checkedState(int state) {

@@ -6,6 +6,10 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char InertiaOutputData::THIS_OBJECT_ID;
+const char InertiaOutputData::OUTPUT_DATA_ID;
+
 InertiaOutputData::~InertiaOutputData() = default;
 
 InertiaOutputData* InertiaOutputData::clone() const { return new InertiaOutputData(*this); }

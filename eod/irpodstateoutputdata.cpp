@@ -9,6 +9,9 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char IRPodStateOutputData::THIS_OBJECT_ID;
+
 IRPodStateOutputData::~IRPodStateOutputData() = default;
 
 IRPodStateOutputData* IRPodStateOutputData::clone() const {

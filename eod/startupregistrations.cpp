@@ -5,6 +5,7 @@
 #include <eod/customeventoutputdata.h>
 #include <eod/engineoutputdata.h>
 #include <eod/enginestateoutputdata.h>
+#include <eod/featuresetsbycamera.h>
 #include <eod/gpsoutputdata.h>
 #include <eod/gpsoutputdatav2.h>
 #include <eod/headtrackerstateoutputdata.h>
@@ -25,6 +26,7 @@ const std::vector<StartupRegistration>& startupRegistrations() {
         {HeadTrackerStateOutputData::THIS_OBJECT_ID, &createRecord<HeadTrackerStateOutputData>},
         {IRPodStateOutputData::THIS_OBJECT_ID, &createRecord<IRPodStateOutputData>},
         {TimingOutputData::THIS_OBJECT_ID, &createRecord<TimingOutputData>},
+        {FeatureSetsByCamera::THIS_OBJECT_ID, &createRecord<FeatureSetsByCamera>},
         {InertiaOutputData::THIS_OBJECT_ID, &createRecord<InertiaOutputData>},
         {CustomEventOutputData::THIS_OBJECT_ID, &createRecord<CustomEventOutputData>},
         {GPSOutputData::THIS_OBJECT_ID, &createRecord<GPSOutputData>},

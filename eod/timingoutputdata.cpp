@@ -6,6 +6,10 @@
 namespace tq {
 namespace eod {
 
+// Definitions for code that binds the constants to references.
+const char TimingOutputData::THIS_OBJECT_ID;
+const char TimingOutputData::TIMING_OUTPUT_DATA_ID;
+
 TimingOutputData::~TimingOutputData() = default;
 
 TimingOutputData* TimingOutputData::clone() const { return new TimingOutputData(*this); }

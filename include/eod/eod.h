@@ -10,6 +10,13 @@
 #include <eod/engineoutputdata.h>
 #include <eod/enginestateoutputdata.h>
 #include <eod/eoderror.h>
+#include <eod/featurecircle.h>
+#include <eod/featureline.h>
+#include <eod/featureoutputdata.h>
+#include <eod/featurepoint.h>
+#include <eod/featurerect.h>
+#include <eod/featureset.h>
+#include <eod/featuresetsbycamera.h>
 #include <eod/gpscoordinatev1.h>
 #include <eod/gpscoordinatev2.h>
 #include <eod/gpsoutputdata.h>
