@@ -12,6 +12,13 @@
 namespace tq {
 namespace eod {
 
+class EngineStateOutputData;
+class FeatureSetsByCamera;
+class GPSOutputData;
+class GPSOutputDataV2;
+class InertiaOutputData;
+class TimingOutputData;
+
 class EngineOutputData : public EngineOutputBase {
 public:
     static const char THIS_OBJECT_ID = 9;
@@ -47,7 +54,35 @@ protected:
 
 private:
     unsigned int _frame_num = 0;
+
+public:
+    // The frame's sub-record of each kind, or null when it has none.
+    boost::shared_ptr<TimingOutputData> timingOutputData();
+    boost::shared_ptr<TimingOutputData const> timingOutputData() const;
+    boost::shared_ptr<EngineStateOutputData> engineStateOutputData();
+    boost::shared_ptr<EngineStateOutputData const> engineStateOutputData() const;
+    boost::shared_ptr<FeatureSetsByCamera> featureSetsByCamera();
+    boost::shared_ptr<FeatureSetsByCamera const> featureSetsByCamera() const;
+    boost::shared_ptr<InertiaOutputData> inertiaOutputData();
+    boost::shared_ptr<InertiaOutputData const> inertiaOutputData() const;
+    boost::shared_ptr<GPSOutputData> gpsOutputData();
+    boost::shared_ptr<GPSOutputData const> gpsOutputData() const;
+    boost::shared_ptr<GPSOutputDataV2> gpsOutputDataV2();
+    boost::shared_ptr<GPSOutputDataV2 const> gpsOutputDataV2() const;
 };
+
+// The frame's sub-record of each kind, or null when it has none.
+boost::shared_ptr<TimingOutputData> timingOutputData(EngineOutputData& frame);
+boost::shared_ptr<EngineStateOutputData> engineStateOutputData(EngineOutputData& frame);
+boost::shared_ptr<FeatureSetsByCamera> featureSetsByCamera(EngineOutputData& frame);
+boost::shared_ptr<InertiaOutputData> inertiaOutputData(EngineOutputData& frame);
+
+// The frame's sub-record of each kind, added as a new default record when missing.
+boost::shared_ptr<TimingOutputData> addTimingOutputDataIfMissing(EngineOutputData& frame);
+boost::shared_ptr<EngineStateOutputData> addEngineStateOutputDataIfMissing(
+    EngineOutputData& frame);
+boost::shared_ptr<FeatureSetsByCamera> addFeatureSetsByCameraIfMissing(EngineOutputData& frame);
+boost::shared_ptr<InertiaOutputData> addInertiaOutputDataIfMissing(EngineOutputData& frame);
 
 }  // namespace eod
 }  // namespace tq
