@@ -271,17 +271,19 @@ TEST(FeatureLeavesBadInput, ShortDataIsRefused) {
         int pos = 0;
         EXPECT_FALSE(FeatureLine(70).unSerialize(prefix, pos));
         EXPECT_EQ(pos, 0);
-        // The header rewritten to announce only what is left: the reader runs out.
+    }
+    // The header rewritten to announce only the data left: the reader runs out.
+    for (std::size_t keep = 0; keep < line.numDataBytes(); ++keep) {
+        SCOPED_TRACE(keep);
         Bytes cut;
-        Serializable::writeHeader(cut, 70, static_cast<unsigned>(n));
-        cut.insert(cut.end(), bytes.begin() + 3, bytes.begin() + 3 + static_cast<long>(n));
-        if (n < 16) {
-            EXPECT_THROW(FeatureLine(70).unSerialize(cut, pos), SerializableError);
-            unsigned int status = 0;
-            FeatureLine(70).unSerializeWithStatus(cut, pos, status);
-            EXPECT_EQ(status, +Serializable::STATUS_UNDECODABLE);
-            EXPECT_EQ(pos, 0);
-        }
+        Serializable::writeHeader(cut, 70, static_cast<unsigned>(keep));
+        cut.insert(cut.end(), bytes.begin() + 3, bytes.begin() + 3 + static_cast<long>(keep));
+        int pos = 0;
+        EXPECT_THROW(FeatureLine(70).unSerialize(cut, pos), SerializableError);
+        unsigned int status = 0;
+        FeatureLine(70).unSerializeWithStatus(cut, pos, status);
+        EXPECT_EQ(status, +Serializable::STATUS_UNDECODABLE);
+        EXPECT_EQ(pos, 0);
     }
 }
 
