@@ -4,8 +4,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char GazeIntersectionOutputDataV1::THIS_OBJECT_ID;
-const char GazeIntersectionOutputDataV1::GAZE_INTERSECTION_OUTPUT_DATA_ID;
 
 GazeIntersectionOutputDataV1::~GazeIntersectionOutputDataV1() = default;
 

@@ -8,8 +8,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char GazeIntersectionOutputDataV2::THIS_OBJECT_ID;
-const char GazeIntersectionOutputDataV2::GAZE_INTERSECTION_OUTPUT_DATA_ID;
 
 GazeIntersectionOutputDataV2::GazeIntersectionOutputDataV2()
     : _gaze_object_intersection(ARRAY_SIZE_3D_DATA, 0.0f) {}

@@ -9,7 +9,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char GazeIntersectionOutputDataV4::THIS_OBJECT_ID;
 
 namespace {
 

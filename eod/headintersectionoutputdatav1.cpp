@@ -7,8 +7,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char HeadIntersectionOutputDataV1::THIS_OBJECT_ID;
-const char HeadIntersectionOutputDataV1::HEADINTERSECTION_OUTPUT_DATA_V1_ID;
 
 HeadIntersectionOutputDataV1::~HeadIntersectionOutputDataV1() = default;
 

@@ -4,8 +4,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char HeadIntersectionOutputDataV2::THIS_OBJECT_ID;
-const char HeadIntersectionOutputDataV2::HEADINTERSECTION_OUTPUT_DATA_V2_ID;
 
 HeadIntersectionOutputDataV2::~HeadIntersectionOutputDataV2() = default;
 

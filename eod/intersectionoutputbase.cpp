@@ -9,7 +9,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const int IntersectionOutputBase::MAX_OBJ_NAME_LENGTH;
 
 const std::string& IntersectionOutputBase::defaultObjectName() {
     static const std::string name = "nothing";

@@ -7,8 +7,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char WorldOutputData::THIS_OBJECT_ID;
-const char WorldOutputData::WORLD_OUTPUT_DATA_ID;
 
 WorldOutputData::~WorldOutputData() = default;
 

@@ -6,8 +6,6 @@ namespace tq {
 namespace eod {
 
 // Definitions, so that the constants can also be bound to references.
-const char WorldOutputDataV2::THIS_OBJECT_ID;
-const char WorldOutputDataV2::WORLD_OUTPUT_DATA_V2_ID;
 
 WorldOutputDataV2::~WorldOutputDataV2() = default;
 

@@ -19,8 +19,8 @@ namespace eod {
 
 class EyeClosureOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 12;
-    static const char EYE_CLOSURE_OUTPUT_DATA_ID = 12;
+    static constexpr char THIS_OBJECT_ID = 12;
+    static constexpr char EYE_CLOSURE_OUTPUT_DATA_ID = 12;
 
     EyeClosureOutputData();
     EyeClosureOutputData(const EyeClosureOutputData&) = default;

@@ -17,8 +17,8 @@ namespace eod {
 
 class EyeOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 15;
-    static const char EYE_OUTPUT_DATA_ID = 15;
+    static constexpr char THIS_OBJECT_ID = 15;
+    static constexpr char EYE_OUTPUT_DATA_ID = 15;
 
     EyeOutputData() = default;
     EyeOutputData(const EyeOutputData&) = default;

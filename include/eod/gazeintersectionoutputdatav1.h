@@ -11,8 +11,8 @@ namespace eod {
 
 class GazeIntersectionOutputDataV1 : public GazeIntersectionOutputDataBase {
   public:
-    static const char THIS_OBJECT_ID = 18;
-    static const char GAZE_INTERSECTION_OUTPUT_DATA_ID = 18;
+    static constexpr char THIS_OBJECT_ID = 18;
+    static constexpr char GAZE_INTERSECTION_OUTPUT_DATA_ID = 18;
 
     GazeIntersectionOutputDataV1() = default;
     GazeIntersectionOutputDataV1(const GazeIntersectionOutputDataV1&) = default;

@@ -14,8 +14,8 @@ namespace eod {
 
 class GazeIntersectionOutputDataV2 : public GazeIntersectionOutputDataBase {
   public:
-    static const char THIS_OBJECT_ID = 29;
-    static const char GAZE_INTERSECTION_OUTPUT_DATA_ID = 29;
+    static constexpr char THIS_OBJECT_ID = 29;
+    static constexpr char GAZE_INTERSECTION_OUTPUT_DATA_ID = 29;
 
     GazeIntersectionOutputDataV2();
     GazeIntersectionOutputDataV2(const GazeIntersectionOutputDataV2&) = default;

@@ -10,8 +10,8 @@ namespace eod {
 
 class GazeIntersectionOutputDataV3 : public IntersectionOutputBaseV2 {
   public:
-    static const char THIS_OBJECT_ID = 44;
-    static const char GAZE_INTERSECTION_OUTPUT_DATA_ID = 44;
+    static constexpr char THIS_OBJECT_ID = 44;
+    static constexpr char GAZE_INTERSECTION_OUTPUT_DATA_ID = 44;
 
     GazeIntersectionOutputDataV3() = default;
     GazeIntersectionOutputDataV3(const GazeIntersectionOutputDataV3&) = default;

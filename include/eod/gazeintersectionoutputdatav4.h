@@ -13,7 +13,7 @@ namespace eod {
 
 class GazeIntersectionOutputDataV4 : public IntersectionOutputBaseV2 {
   public:
-    static const char THIS_OBJECT_ID = 39;
+    static constexpr char THIS_OBJECT_ID = 39;
 
     GazeIntersectionOutputDataV4() = default;
     GazeIntersectionOutputDataV4(const GazeIntersectionOutputDataV4&) = default;

@@ -25,8 +25,8 @@ enum GazeQualityLevel : int { NO_TRACKING = 0, NUM_GAZE_QUALITY_LEVELS = 4 };
 
 class GazeOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 13;
-    static const char GAZE_OUTPUT_DATA_ID = 13;
+    static constexpr char THIS_OBJECT_ID = 13;
+    static constexpr char GAZE_OUTPUT_DATA_ID = 13;
 
     GazeOutputData();
     GazeOutputData(const GazeOutputData&) = default;

@@ -13,8 +13,8 @@ namespace eod {
 
 class HeadIntersectionOutputDataV1 : public IntersectionOutputBase {
   public:
-    static const char THIS_OBJECT_ID = 17;
-    static const char HEADINTERSECTION_OUTPUT_DATA_V1_ID = 17;
+    static constexpr char THIS_OBJECT_ID = 17;
+    static constexpr char HEADINTERSECTION_OUTPUT_DATA_V1_ID = 17;
 
     HeadIntersectionOutputDataV1() = default;
     HeadIntersectionOutputDataV1(const HeadIntersectionOutputDataV1&) = default;

@@ -11,8 +11,8 @@ namespace eod {
 
 class HeadIntersectionOutputDataV2 : public IntersectionOutputBaseV2 {
   public:
-    static const char THIS_OBJECT_ID = 45;
-    static const char HEADINTERSECTION_OUTPUT_DATA_V2_ID = 45;
+    static constexpr char THIS_OBJECT_ID = 45;
+    static constexpr char HEADINTERSECTION_OUTPUT_DATA_V2_ID = 45;
 
     HeadIntersectionOutputDataV2() = default;
     HeadIntersectionOutputDataV2(const HeadIntersectionOutputDataV2&) = default;

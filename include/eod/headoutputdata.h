@@ -18,8 +18,8 @@ namespace eod {
 
 class HeadOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 11;
-    static const char HEAD_OUTPUT_DATA_ID = 11;
+    static constexpr char THIS_OBJECT_ID = 11;
+    static constexpr char HEAD_OUTPUT_DATA_ID = 11;
 
     HeadOutputData();
     HeadOutputData(const HeadOutputData&) = default;

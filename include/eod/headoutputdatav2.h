@@ -26,8 +26,8 @@ namespace eod {
 
 class HeadOutputDataV2 : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 16;
-    static const char HEAD_OUTPUT_DATA_V2_ID = 16;
+    static constexpr char THIS_OBJECT_ID = 16;
+    static constexpr char HEAD_OUTPUT_DATA_V2_ID = 16;
 
     HeadOutputDataV2();
     HeadOutputDataV2(const HeadOutputDataV2&) = default;

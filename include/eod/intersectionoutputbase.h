@@ -30,7 +30,7 @@ namespace eod {
 
 class IntersectionOutputBase : public EngineOutputBase {
   public:
-    static const int MAX_OBJ_NAME_LENGTH = 7;
+    static constexpr int MAX_OBJ_NAME_LENGTH = 7;
 
     // "nothing": the name of a ray that hits no object.
     static const std::string& defaultObjectName();

@@ -16,8 +16,8 @@ namespace eod {
 
 class PupilOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 14;
-    static const char PUPIL_OUTPUT_DATA_ID = 14;
+    static constexpr char THIS_OBJECT_ID = 14;
+    static constexpr char PUPIL_OUTPUT_DATA_ID = 14;
 
     PupilOutputData();
     PupilOutputData(const PupilOutputData&) = default;

@@ -17,8 +17,8 @@ class HeadIntersectionOutputDataV1;
 
 class WorldOutputData : public EngineOutputBase {
   public:
-    static const char THIS_OBJECT_ID = 19;
-    static const char WORLD_OUTPUT_DATA_ID = 19;
+    static constexpr char THIS_OBJECT_ID = 19;
+    static constexpr char WORLD_OUTPUT_DATA_ID = 19;
 
     WorldOutputData() = default;
     WorldOutputData(const WorldOutputData&) = default;

@@ -17,8 +17,8 @@ class HeadIntersectionOutputDataV2;
 
 class WorldOutputDataV2 : public EngineOutputBase {
   public:
-    static const char THIS_OBJECT_ID = 43;
-    static const char WORLD_OUTPUT_DATA_V2_ID = 43;
+    static constexpr char THIS_OBJECT_ID = 43;
+    static constexpr char WORLD_OUTPUT_DATA_V2_ID = 43;
 
     WorldOutputDataV2() = default;
     WorldOutputDataV2(const WorldOutputDataV2&) = default;
