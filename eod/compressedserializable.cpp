@@ -8,6 +8,8 @@
 namespace tq {
 namespace eod {
 
+const char CompressedSerializable::THIS_OBJECT_ID;
+
 unsigned int CompressedSerializable::numDataBytes() const {
     return static_cast<unsigned int>(_payload.size()) + 4;
 }

@@ -6,6 +6,9 @@
 namespace tq {
 namespace eod {
 
+const char CompressedSerializableToken::THIS_OBJECT_ID;
+const int CompressedSerializableToken::INVALID_STREAM_ID;
+
 CompressedSerializableToken* CompressedSerializableToken::clone() const {
     return new CompressedSerializableToken(*this);
 }

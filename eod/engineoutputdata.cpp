@@ -6,6 +6,9 @@
 namespace tq {
 namespace eod {
 
+const char EngineOutputData::THIS_OBJECT_ID;
+const char EngineOutputData::ENGINE_OUTPUT_DATA_ID;
+
 EngineOutputData::~EngineOutputData() = default;
 
 EngineOutputData* EngineOutputData::clone() const { return new EngineOutputData(*this); }

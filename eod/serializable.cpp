@@ -12,6 +12,21 @@
 namespace tq {
 namespace eod {
 
+// Definitions of the in-class constants, so that binding one to a reference (std::max,
+// a test assertion) links.
+const char Serializable::ERROR_ID;
+const char Serializable::FACE_STATE_ID_V1_0;
+const char Serializable::WSPHERE_ID;
+const char Serializable::WPLANE_ID;
+const char Serializable::FAMOUS_PLUGIN_ID;
+const char Serializable::FACE_STATE_ID_V2_0;
+const char Serializable::FACE_STATE_ID_V3_0;
+const char Serializable::FACE_STATE_ID_V3_0_SERIAL;
+const char Serializable::TEST_ID;
+const unsigned int Serializable::STATUS_UNKNOWN_OBJECT_ID;
+const unsigned int Serializable::STATUS_NOT_ENOUGH_DATA;
+const unsigned int Serializable::STATUS_UNDECODABLE;
+
 Serializable::~Serializable() = default;
 
 void* Serializable::operator new(std::size_t size) { return ::operator new(size); }

@@ -11,6 +11,8 @@
 namespace tq {
 namespace eod {
 
+const unsigned int SerializableComposite::MAX_SUB_OBJECTS;
+
 SerializableComposite::SerializableComposite(const SerializableComposite& other)
     : Serializable(other) {
     copyFrom(other);
