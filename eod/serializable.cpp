@@ -189,6 +189,10 @@ void Serializable::appendBuffer(std::vector<unsigned char>& buffer, const std::s
     detail::appendString(buffer, value);
 }
 
+void Serializable::appendBuffer(std::vector<unsigned char>& buffer, const char* value) {
+    detail::appendString(buffer, value);
+}
+
 void Serializable::readBuffer(const std::vector<unsigned char>& buffer, int& read_pos,
                               std::string& value) {
     value = detail::readString(buffer, read_pos);

@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace tq {
@@ -110,11 +111,16 @@ protected:
     static void appendBuffer(std::vector<unsigned char>& buffer, const std::string& value);
     static void readBuffer(const std::vector<unsigned char>& buffer, int& read_pos,
                            std::string& value);
+    // A literal is a terminated string. Any other pointer is refused at compile time: it would
+    // otherwise be taken as a number (its address) or converted to bool.
+    static void appendBuffer(std::vector<unsigned char>& buffer, const char* value);
     template <class T>
+    static void appendBuffer(std::vector<unsigned char>& buffer, T* value) = delete;
+    template <class T, class = std::enable_if_t<std::is_arithmetic<T>::value>>
     static void appendBuffer(std::vector<unsigned char>& buffer, T value) {
         appendNBytes(buffer, reinterpret_cast<const char*>(&value), static_cast<int>(sizeof(T)));
     }
-    template <class T>
+    template <class T, class = std::enable_if_t<std::is_arithmetic<T>::value>>
     static void readBuffer(const std::vector<unsigned char>& buffer, int& read_pos, T& value) {
         readNBytes(buffer, read_pos, reinterpret_cast<char*>(&value), static_cast<int>(sizeof(T)));
     }
