@@ -12,6 +12,28 @@ namespace tq {
 namespace eod {
 
 const unsigned int SerializableComposite::MAX_SUB_OBJECTS;
+const unsigned int SerializableComposite::MAX_NESTING_DEPTH;
+
+namespace {
+
+// Depth of the composites being read on this thread.
+thread_local unsigned int read_depth = 0;
+
+class ReadDepthGuard {
+public:
+    ReadDepthGuard() {
+        if (read_depth >= SerializableComposite::MAX_NESTING_DEPTH) {
+            throw SerializableError(
+                "SerializableComposite::readFromBuffer() - sub-records nested too deeply.");
+        }
+        ++read_depth;
+    }
+    ~ReadDepthGuard() { --read_depth; }
+    ReadDepthGuard(const ReadDepthGuard&) = delete;
+    ReadDepthGuard& operator=(const ReadDepthGuard&) = delete;
+};
+
+}  // namespace
 
 SerializableComposite::SerializableComposite(const SerializableComposite& other)
     : Serializable(other) {
@@ -227,6 +249,7 @@ void SerializableComposite::storeReadSubObject(const boost::shared_ptr<Serializa
 
 void SerializableComposite::readFromBuffer(const std::vector<unsigned char>& buffer,
                                            int& read_pos) {
+    const ReadDepthGuard depth;
     const unsigned int count = readOwnDataAndCount(buffer, read_pos);
     for (unsigned int i = 0; i < count; ++i) {
         storeReadSubObject(SerializableFactory::newObject(buffer, read_pos));
@@ -236,6 +259,7 @@ void SerializableComposite::readFromBuffer(const std::vector<unsigned char>& buf
 void SerializableComposite::readFromBufferWithStatus(const std::vector<unsigned char>& buffer,
                                                      int& read_pos, unsigned int& status) {
     try {
+        const ReadDepthGuard depth;
         const unsigned int count = readOwnDataAndCount(buffer, read_pos);
         for (unsigned int i = 0; i < count; ++i) {
             unsigned int sub_status = 0;

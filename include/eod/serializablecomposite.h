@@ -24,6 +24,11 @@ public:
     typedef std::vector<boost::shared_ptr<Serializable const>> ConstSubObjects;
 
     static const unsigned int MAX_SUB_OBJECTS = 255;
+    // Composites read their sub-records recursively; bytes that nest composites deeper than
+    // this are refused ("SerializableComposite::readFromBuffer() - sub-records nested too
+    // deeply.", status bit 8) rather than allowed to exhaust the stack. Real frames nest a
+    // handful of levels.
+    static const unsigned int MAX_NESTING_DEPTH = 64;
 
     SerializableComposite() = default;
     // Deep copies: sub-objects are cloned.
