@@ -101,7 +101,9 @@ TEST(ByteCodec, StringsAreTerminated) {
     EXPECT_EQ(read_pos, 4);
 
     read_pos = 0;
-    EXPECT_EQ(serializableError([&] { TestLeaf::readBuffer(Bytes{0x61, 0x62}, read_pos, s); }),
+    EXPECT_EQ(serializableError([&] {
+                  TestLeaf::readBuffer(Bytes{0x61, 0x62}, read_pos, s);
+              }),
               "Serializable::readBuffer() - Missing terminator for string.");
     read_pos = 9;  // past the end: nothing to search
     EXPECT_EQ(serializableError([&] { TestLeaf::readBuffer(two, read_pos, s); }),

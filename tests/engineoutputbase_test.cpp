@@ -31,16 +31,15 @@ TEST(EngineOutputBase, EmptyRecordIsFiveBytes) {
 TEST(EngineOutputBase, OwnDataIsFlagThenFieldsThenSubRecords) {
     TestRecord<51> r(0x01020304);
     r.addSubObject(Ptr(new EmptyRecord));
-    EXPECT_EQ(encode(r), (Bytes{51, 0x00, 0x0B, 0x01, 1, 2, 3, 4, 0x01, 53, 0x00, 0x02, 0x01,
-                                0x00}));
+    EXPECT_EQ(encode(r),
+              (Bytes{51, 0x00, 0x0B, 0x01, 1, 2, 3, 4, 0x01, 53, 0x00, 0x02, 0x01, 0x00}));
 }
 
 TEST(EngineOutputBase, AcceptsEngineOutputRecordsOnly) {
     TestRecord<51> r;
     const std::string message =
         "EngineOutputBase::addSubObject - object not derived from EngineOutputBase";
-    EXPECT_EQ(serializableError([&] { r.addSubObject(Ptr(new CompressedSerializable)); }),
-              message);
+    EXPECT_EQ(serializableError([&] { r.addSubObject(Ptr(new CompressedSerializable)); }), message);
     EXPECT_EQ(serializableError([&] { r.addSubObject(Ptr(new TestLeaf)); }), message);
     EXPECT_EQ(serializableError([&] { r.addSubObject(Ptr()); }),
               "SerializableComposite::addSubObject - Attempted to null object");

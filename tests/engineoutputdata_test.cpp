@@ -78,8 +78,8 @@ TEST_F(FrameWithSubRecords, RoundTrip) {
     EXPECT_EQ(bytes, expected);
 
     int read_pos = 0;
-    const auto back =
-        boost::dynamic_pointer_cast<EngineOutputData>(SerializableFactory::newObject(bytes, read_pos));
+    const auto back = boost::dynamic_pointer_cast<EngineOutputData>(
+        SerializableFactory::newObject(bytes, read_pos));
     ASSERT_TRUE(back);
     EXPECT_EQ(back->frameNum(), 0x0A0B0C0Du);
     EXPECT_EQ(back->typedSubObject<TestRecord<51>>(51)->value(), -3);
@@ -124,8 +124,8 @@ TEST_F(FrameWithSubRecords, EveryCutInsideAFrameThatClaimsToBeWhole) {
         int read_pos = 0;
         unsigned int status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(cut, read_pos, status));
-        EXPECT_NE(status & (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE),
-                  0u);
+        EXPECT_NE(
+            status & (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE), 0u);
         EXPECT_EQ(read_pos, 0);
         EXPECT_THROW(SerializableFactory::newObject(cut, read_pos), SerializableError);
         EngineOutputData f;

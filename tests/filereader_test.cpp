@@ -16,7 +16,8 @@ typedef boost::shared_ptr<Serializable> Ptr;
 
 void writeFile(const std::string& path, const Bytes& bytes) {
     std::ofstream f(path, std::ios_base::binary);
-    f.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    f.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
 }
 
 Bytes frameBytes(unsigned int n) {
@@ -40,8 +41,8 @@ TEST_F(FileReaderTest, UsageErrors) {
     FileReader reader;
     EXPECT_FALSE(reader.isOpen());
     unsigned int status = 0;
-    EXPECT_TRUE(throwsUsageError([&] { reader.read(status); }, "io/filereader",
-                                 "files are not open"));
+    EXPECT_TRUE(
+        throwsUsageError([&] { reader.read(status); }, "io/filereader", "files are not open"));
 
     const std::string empty = dir.file("empty.raw");
     writeFile(empty, {});

@@ -33,8 +33,8 @@ TEST_F(FileWriterTest, UsageErrors) {
     const EngineOutputData frame;
     EXPECT_TRUE(throwsUsageError([&] { writer.writeNoThrow(frame); }, "io/filewriter",
                                  "files are not open"));
-    EXPECT_TRUE(throwsUsageError([&] { writer.write(frame); }, "io/filewriter",
-                                 "files are not open"));
+    EXPECT_TRUE(
+        throwsUsageError([&] { writer.write(frame); }, "io/filewriter", "files are not open"));
 }
 
 TEST_F(FileWriterTest, OpenFailures) {

@@ -67,8 +67,8 @@ TEST(SerializableComposite, DuplicatesNeedBothPermissions) {
     const Case cases[] = {
         {true, true, false}, {false, true, true}, {true, false, false}, {false, false, false}};
     for (const Case& k : cases) {
-        SCOPED_TRACE(::testing::Message() << "forbids " << k.newcomer_forbids << " allows "
-                                          << k.composite_allows);
+        SCOPED_TRACE(::testing::Message()
+                     << "forbids " << k.newcomer_forbids << " allows " << k.composite_allows);
         TestComposite c(k.composite_allows);
         c.addSubObject(leaf(100, {1}, false));
         const Ptr second = leaf(100, {2}, k.newcomer_forbids);
@@ -191,8 +191,8 @@ protected:
 
 TEST_F(CompositeReading, UnknownSubRecordIsDroppedAndTheRestRead) {
     const Bytes unknown = {50, 0x00, 0x05, 1, 2, 3, 4, 5};
-    const Bytes data = concat(concat(concat({3}, unknown), encode(TestRecord<51>(7))),
-                              encode(TestRecord<52>(8)));
+    const Bytes data =
+        concat(concat(concat({3}, unknown), encode(TestRecord<51>(7))), encode(TestRecord<52>(8)));
     const Bytes bytes = record(110, data);
 
     TestComposite c;
@@ -224,8 +224,8 @@ TEST_F(CompositeReading, SwitchedOffSubRecordIsDropped) {
 }
 
 TEST_F(CompositeReading, DuplicateSubRecordsAreRefusedOnReading) {
-    const Bytes bytes = record(
-        110, concat(concat({2}, encode(TestRecord<51>(1))), encode(TestRecord<51>(2))));
+    const Bytes bytes =
+        record(110, concat(concat({2}, encode(TestRecord<51>(1))), encode(TestRecord<51>(2))));
     TestComposite c;
     int read_pos = 0;
     EXPECT_EQ(serializableError([&] { c.unSerialize(bytes, read_pos); }),
@@ -260,7 +260,8 @@ TEST_F(CompositeReading, Count255FollowedByThreeBytes) {
               "SerializableFactory::newObject - insufficient data in buffer");
     unsigned int status = 0;
     c.unSerializeWithStatus(bytes, read_pos, status);
-    EXPECT_EQ(status, Serializable::STATUS_UNKNOWN_OBJECT_ID | Serializable::STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(status,
+              Serializable::STATUS_UNKNOWN_OBJECT_ID | Serializable::STATUS_NOT_ENOUGH_DATA);
     EXPECT_EQ(read_pos, 0);
     EXPECT_EQ(c.numSubObjects(), 0);
 }

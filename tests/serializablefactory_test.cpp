@@ -81,9 +81,9 @@ TEST(SerializableFactoryBuffer, NegativeReadPosIsAUsageError) {
     const Bytes bytes = frameBytes(1);
     int read_pos = -1;
     unsigned int status = 0;
-    EXPECT_TRUE(throwsUsageError(
-        [&] { SerializableFactory::newObjectWithStatus(bytes, read_pos, status); },
-        "serializablefactory", "negative read_pos"));
+    EXPECT_TRUE(
+        throwsUsageError([&] { SerializableFactory::newObjectWithStatus(bytes, read_pos, status); },
+                         "serializablefactory", "negative read_pos"));
     EXPECT_FALSE(SerializableFactory::canDeserialize(bytes, -1));
 }
 
@@ -244,11 +244,17 @@ TEST(SerializableFactoryStream, EveryFailureHasItsMessageAndStatus) {
          "SerializableFactory::newObject - An error occurred when trying to read object ID "
          "from stream",
          bit4},
-        {"one size byte", [] { return bytesStream({9, 0x00}); },
+        {"one size byte",
+         [] {
+             return bytesStream({9, 0x00});
+         },
          "SerializableFactory::newObject - An error occurred when trying to read object size "
          "from stream",
          bit4},
-        {"three extended size bytes", [] { return bytesStream({9, 0xFF, 0xFF, 0, 0, 0}); },
+        {"three extended size bytes",
+         [] {
+             return bytesStream({9, 0xFF, 0xFF, 0, 0, 0});
+         },
          "SerializableFactory::newObject - An error occurred when trying to read object size "
          "from stream",
          bit4},
@@ -260,7 +266,10 @@ TEST(SerializableFactoryStream, EveryFailureHasItsMessageAndStatus) {
          "SerializableFactory::newObject - An error occurred when trying to skip over an "
          "unknown object in the stream",
          bit1 | bit4},
-        {"data cut short", [] { return bytesStream({9, 0x00, 0x06, 0x01, 0, 0}); },
+        {"data cut short",
+         [] {
+             return bytesStream({9, 0x00, 0x06, 0x01, 0, 0});
+         },
          "An error occurred when trying to read object data from the stream", bit4},
         {"device fails in the data",
          [] {
@@ -277,7 +286,9 @@ TEST(SerializableFactoryStream, EveryFailureHasItsMessageAndStatus) {
          },
          "An exception occurred when trying to read object data from the stream", bit4},
         {"record rejects its bytes",
-         [] { return bytesStream({9, 0x00, 0x07, 0x01, 0, 0, 0, 1, 0x00, 0xEE}); },
+         [] {
+             return bytesStream({9, 0x00, 0x07, 0x01, 0, 0, 0, 1, 0x00, 0xEE});
+         },
          "An error occured when unserializing bytes read from the stream", bit8},
     };
     for (const StreamCase& c : cases) {
@@ -286,7 +297,8 @@ TEST(SerializableFactoryStream, EveryFailureHasItsMessageAndStatus) {
         EXPECT_EQ(serializableError([&] { SerializableFactory::newObject(*plain); }), c.message);
         const auto with_status = c.make();
         unsigned int status = 0;
-        EXPECT_NO_THROW(EXPECT_FALSE(SerializableFactory::newObjectWithStatus(*with_status, status)));
+        EXPECT_NO_THROW(
+            EXPECT_FALSE(SerializableFactory::newObjectWithStatus(*with_status, status)));
         EXPECT_EQ(status, c.status);
     }
 }
@@ -355,7 +367,8 @@ TEST(SerializableFactoryGarbage, NeverCrashesOrMisbehaves) {
             b.resize(rng() % 48);
             for (auto& x : b) x = static_cast<unsigned char>(rng());
             // Favour the ids that exist so that the readers behind them run too.
-            if (!b.empty()) b[0] = static_cast<unsigned char>(std::vector<int>{9, 51, 95, 96}[rng() % 4]);
+            if (!b.empty())
+                b[0] = static_cast<unsigned char>(std::vector<int>{9, 51, 95, 96}[rng() % 4]);
         } else {
             b = valid;
             for (unsigned int k = 1 + rng() % 3; k > 0; --k) b[rng() % b.size()] = rng();
@@ -368,7 +381,8 @@ TEST(SerializableFactoryGarbage, NeverCrashesOrMisbehaves) {
             const int before = read_pos;
             const Ptr p = SerializableFactory::newObjectWithStatus(b, read_pos, status);
             ASSERT_LE(read_pos, static_cast<int>(b.size()));
-            if (status & (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE)) {
+            if (status &
+                (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE)) {
                 EXPECT_FALSE(p);
                 EXPECT_EQ(read_pos, before);
                 break;
@@ -393,7 +407,8 @@ TEST(SerializableFactoryGarbage, NeverCrashesOrMisbehaves) {
         for (int guard = 0; guard < 100 && s.peek() != EOF; ++guard) {
             unsigned int status = 0;
             SerializableFactory::newObjectWithStatus(s, status);
-            if (status & (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE)) {
+            if (status &
+                (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE)) {
                 break;
             }
         }

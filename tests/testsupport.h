@@ -59,12 +59,10 @@ inline ::testing::AssertionResult isUsageError(const std::string& message,
     const auto escape = [](const std::string& s) {
         return std::regex_replace(s, special, R"(\$&)");
     };
-    const std::regex pattern("^eod/" + escape(module) + R"(\.cpp:[0-9]+: )" + escape(reason) +
-                             "$");
+    const std::regex pattern("^eod/" + escape(module) + R"(\.cpp:[0-9]+: )" + escape(reason) + "$");
     if (std::regex_match(message, pattern)) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << "\"" << message << "\" is not a usage error of eod/" << module << ".cpp with \""
-           << reason << "\"";
+    return ::testing::AssertionFailure() << "\"" << message << "\" is not a usage error of eod/"
+                                         << module << ".cpp with \"" << reason << "\"";
 }
 
 template <class F>
@@ -203,8 +201,8 @@ template <class T>
 class ScopedRegistration {
 public:
     ScopedRegistration()
-        : _previous(tq::eod::SerializableFactory::registerObjectType(T::THIS_OBJECT_ID,
-                                                                     &create<T>)) {}
+        : _previous(
+              tq::eod::SerializableFactory::registerObjectType(T::THIS_OBJECT_ID, &create<T>)) {}
     ~ScopedRegistration() {
         tq::eod::SerializableFactory::unregisterObjectType(T::THIS_OBJECT_ID);
         if (_previous) {
