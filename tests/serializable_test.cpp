@@ -53,6 +53,36 @@ TEST(SerializableHeader, ShortFormBelow65535AndLongFormFrom65535On) {
     EXPECT_EQ(Serializable::extendedHeaderSizeMagicCookie(), 65535u);
 }
 
+TEST(SerializableHeader, NestedRecordsEachTakeTheirOwnForm) {
+    // A long composite holding a long leaf, a short leaf and a long composite whose only
+    // leaf is exactly 65535 bytes.
+    const Bytes big(70000, 0xB1), small(10, 0x5A), edge(65535, 0xED);
+    TestComposite outer;
+    outer.addSubObject(boost::shared_ptr<Serializable>(new TestLeaf(51, big)));
+    outer.addSubObject(boost::shared_ptr<Serializable>(new TestLeaf(52, small)));
+    const boost::shared_ptr<TestComposite> inner(new TestComposite);
+    inner->addSubObject(boost::shared_ptr<Serializable>(new TestLeaf(53, edge)));
+    outer.addSubObject(inner);
+
+    const auto record = [](char id, const Bytes& data) {
+        return concat(header(id, static_cast<unsigned int>(data.size())), data);
+    };
+    const Bytes inner_bytes = record(110, concat({1}, record(53, edge)));
+    Bytes outer_data = {3};
+    for (const Bytes& r : {record(51, big), record(52, small), inner_bytes}) {
+        outer_data = concat(outer_data, r);
+    }
+    const Bytes expected = record(110, outer_data);
+    EXPECT_EQ(expected.size(), outer.numTotalBytes());
+    EXPECT_EQ(encode(outer), expected);
+    EXPECT_EQ(encode(*inner), inner_bytes);
+
+    // A short parent: every header short.
+    TestComposite short_parent;
+    short_parent.addSubObject(boost::shared_ptr<Serializable>(new TestLeaf(52, small)));
+    EXPECT_EQ(encode(short_parent), record(110, concat({1}, record(52, small))));
+}
+
 TEST(SerializableHeader, ReadDataSizeHeaderWantsTheWholeRecord) {
     // Short form announcing 2 bytes with only 1 present.
     Bytes b = {100, 0x00, 0x02, 0xAA};

@@ -132,10 +132,11 @@ protected:
 private:
     friend class SerializableComposite;
 
-    // Header and data without the size pre-computation of serialize(): the size field is
-    // filled in after the data is written, so nested composites are sized once, not once
-    // per level.
+    // Header and data of a sub-record. The size field is filled in after the data is
+    // written, so a sub-record is sized beforehand only when its parent is 65535 bytes or
+    // longer (it may then need the long header); nested records are not sized once per level.
     void appendRecord(std::vector<unsigned char>& buffer) const;
+    void appendRecord(std::vector<unsigned char>& buffer, bool long_header) const;
 
     static void appendNBytes(std::vector<unsigned char>& buffer, const char* bytes, int num_bytes);
     static void readNBytes(const std::vector<unsigned char>& buffer, int& read_pos, char* bytes,
