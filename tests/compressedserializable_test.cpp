@@ -51,6 +51,12 @@ TEST(CompressedSerializable, RoundTripThroughTheFactory) {
     EXPECT_EQ(encode(*cloned), bytes);
 }
 
+TEST(CompressedSerializable, AllocationTrackingWorks) {
+    largest_allocation = 0;
+    const std::vector<unsigned char> v(4096);
+    EXPECT_GE(largest_allocation, v.size());
+}
+
 TEST(CompressedSerializable, LengthBeyondTheData) {
     for (const Bytes& length : {Bytes{0, 0, 0, 10}, Bytes{0xFF, 0xFF, 0xFF, 0xFF}}) {
         SCOPED_TRACE(int(length[0]));
