@@ -166,6 +166,10 @@ TEST_F(FileWriterTest, FullDevice) {
         EXPECT_LE(writes, 66);
         EXPECT_FALSE(writer.isOpen());
         EXPECT_TRUE(writer.filePath().empty());
+        // close() cleared the failure: the writer can be opened again.
+        EXPECT_TRUE(writer.open(dir.file("after-full.raw")));
+        writer.write(EngineOutputData());
+        EXPECT_EQ(writer.size(), 9u);
     }
 }
 
