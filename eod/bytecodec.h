@@ -39,6 +39,17 @@ inline void appendU64(Bytes& out, std::uint64_t v) {
     appendU32(out, static_cast<std::uint32_t>(v));
 }
 
+// Overwrite bytes already in a buffer, for size fields filled in after the data.
+inline void storeU16(unsigned char* p, std::uint16_t v) {
+    p[0] = static_cast<unsigned char>(v >> 8);
+    p[1] = static_cast<unsigned char>(v);
+}
+
+inline void storeU32(unsigned char* p, std::uint32_t v) {
+    storeU16(p, static_cast<std::uint16_t>(v >> 16));
+    storeU16(p + 2, static_cast<std::uint16_t>(v));
+}
+
 inline std::uint16_t loadU16(const unsigned char* p) {
     return static_cast<std::uint16_t>((p[0] << 8) | p[1]);
 }
