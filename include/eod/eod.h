@@ -14,8 +14,15 @@
 #include <eod/serializablefactory.h>
 
 #include <eod/io/bufferedoutputfilestream.h>
+#include <eod/io/decoderdata.h>
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
+#include <eod/io/serializablecompressordecoder.h>
+#include <eod/io/serializablecompressorencoder.h>
+#include <eod/io/zlibcodec.h>
+#include <eod/io/zlibcodecimpl.h>
+#include <eod/io/zlibdecoder.h>
+#include <eod/io/zlibencoder.h>
 
 #endif
