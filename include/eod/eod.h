@@ -15,6 +15,9 @@
 
 #include <eod/io/bufferedoutputfilestream.h>
 #include <eod/io/decoderdata.h>
+#include <eod/io/engineoutputdatafileerror.h>
+#include <eod/io/engineoutputdatafilereader.h>
+#include <eod/io/engineoutputdatafilewriter.h>
 #include <eod/io/fileerrors.h>
 #include <eod/io/filereader.h>
 #include <eod/io/filewriter.h>
