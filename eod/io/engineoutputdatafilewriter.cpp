@@ -124,7 +124,9 @@ void EngineOutputDataFileWriter::writeSubObject(const EngineOutputData& data, ch
     if (!sub || !sub->serializeEnabled()) return;
     EngineOutputData single;
     single.setFrameNum(data.frameNum());
-    single.addSubObject(boost::shared_ptr<Serializable>(sub->clone()));
+    // Shared rather than cloned: the wrapper only encodes it and is gone before this
+    // returns, so the frame's record is never changed through it.
+    single.addSubObject(boost::const_pointer_cast<Serializable>(sub));
     BufferedOutputFileStream& stream = *_streams.at(id);
     assert(stream.is_open() && "stream.is_open()");
     serializeObject(single, stream);
@@ -135,7 +137,11 @@ void EngineOutputDataFileWriter::serializeObject(const Serializable& object, std
     // A stream that failed on an earlier frame keeps failing with the same error rather
     // than with the usage error of writeToBinaryStream.
     if (!stream.good()) throw EngineOutputDataFileError("Failed to write to stream.");
-    object.writeToBinaryStream(stream);
+    // The bytes writeToBinaryStream would write, in a buffer kept from frame to frame.
+    _buffer.clear();
+    object.serialize(_buffer);
+    stream.write(reinterpret_cast<const char*>(_buffer.data()),
+                 static_cast<std::streamsize>(_buffer.size()));
     if (stream.fail()) throw EngineOutputDataFileError("Failed to write to stream.");
 }
 

@@ -3,7 +3,7 @@
 
 // Writes a recording as per-object log files: one raw record file per logged object id.
 // Every record in such a file is an EngineOutputData that carries the source frame's
-// number and one sub-object, a clone of the frame's sub-object of that id. The file of an
+// number and one sub-object, the encoding of the frame's sub-object of that id. The file of an
 // id is named <directory>/<name><suffix>.tql, <name> from the table of
 // objectIDToFileName(); no "/" is added when the directory already ends in "/" or "\",
 // or is empty (the current directory).
@@ -80,6 +80,7 @@ class EngineOutputDataFileWriter {
 
     std::map<char, std::unique_ptr<BufferedOutputFileStream>> _streams;
     bool _single_file = false;
+    std::vector<unsigned char> _buffer;
 };
 
 }  // namespace io
