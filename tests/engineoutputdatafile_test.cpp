@@ -313,6 +313,8 @@ TEST_F(LogFiles, UsageErrors) {
     const std::string r = "engineoutputdatafilereader";
     EngineOutputDataFileWriter writer;
     expectUsageError([&] { writer.writeData(EngineOutputData()); }, w, "no files are open");
+    expectUsageError([&] { writer.writeData(boost::shared_ptr<const EngineOutputData>()); }, w,
+                     "data is NULL");
     expectUsageError([&] { writer.newFiles({}, dir.wstring(), L"", 16); }, w,
                      "the list of object IDs to log cannot be empty");
     writer.newFiles({11}, dir.wstring(), L"", 16);

@@ -384,6 +384,14 @@ TEST(ZLibDecoder, EmptyQueueSetsBit4AndKeepsOtherBits) {
     EXPECT_FALSE(item.record);
     decoder.decode(nullptr, 0);
     EXPECT_TRUE(drain(decoder).empty());
+    try {
+        decoder.decode(nullptr, 1);
+        FAIL();
+    } catch (const std::invalid_argument& e) {
+        EXPECT_TRUE(std::regex_match(e.what(),
+                                     std::regex("^eod/io/zlibdecoder\\.cpp:[0-9]+: data is NULL$")))
+            << e.what();
+    }
 }
 
 TEST(ZLibDecoder, UnknownIdAndEmptyFrames) {
