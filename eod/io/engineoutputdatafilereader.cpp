@@ -27,8 +27,8 @@ fs::path directoryPath(const std::string& directory) {
     return fs::u8path(directory.empty() ? std::string(".") : directory);
 }
 
-// The texts of the design's directory search, which named the failing system call; the
-// first has two blanks after the dash.
+// These texts name the Windows search calls the log format started out with; callers match
+// them as they are, the two blanks after the first dash included.
 const char FIND_FIRST_FAILED[] =
     "EngineOutputDataFileReader::logFilesInDir -  FindFirstFile failed with error code ";
 const char FIND_NEXT_FAILED[] =
@@ -118,8 +118,8 @@ void EngineOutputDataFileReader::closeFiles() {
 
 std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(const std::wstring& directory) {
     const std::string narrow = detail::narrowPath(directory);
-    // The design rejects only a directory whose attributes cannot be told at all; a missing
-    // path or a plain file passes here and fails when it is listed.
+    // Only a directory whose attributes cannot be told at all is rejected at this point; a
+    // missing path or a plain file gets through and fails when it is listed.
     std::error_code ec;
     if (fs::status(directoryPath(narrow), ec).type() == fs::file_type::none) {
         throw EngineOutputDataFileError(

@@ -53,7 +53,7 @@ class EngineOutputDataFileReader {
         // the file. A record that is not a complete EngineOutputData (a file cut off inside
         // a record, garbage, another record type) throws EngineOutputDataFileError
         // "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: <path>": the
-        // design's text with the file's path appended, since a replay reads many files. The
+        // established text with the file's path appended, since a replay reads many files. The
         // bad record is passed over: a later call reads on after it, and a file cut off
         // counts as ended.
         const boost::shared_ptr<EngineOutputData>& current();
