@@ -43,10 +43,10 @@ void printScan(std::ostream& os, const FileScan& scan, const std::string& indent
     scan.ledger.print(os, indent + "  ");
 }
 
-// A file from which not one complete record could be read is not a record file at all.
+// A file in which not one record could be decoded is not a record file at all.
 void requireRecords(const FileScan& scan) {
-    if (scan.size > 0 && scan.records == 0) {
-        throw ToolError(scan.path + ": not a record file (no complete record at its start)");
+    if (scan.size > 0 && scan.known_records == 0) {
+        throw ToolError(scan.path + ": not a record file (no record in it can be decoded)");
     }
 }
 

@@ -22,6 +22,8 @@ struct FileScan {
     std::string path;
     std::uint64_t size = 0;
     std::uint64_t records = 0;
+    // Records a registered class could decode.
+    std::uint64_t known_records = 0;
     FrameLedger ledger;
     // Top-level records that are not frames, and the sub-records of frames, by object id.
     std::map<int, IdStats> by_id;
