@@ -1,6 +1,7 @@
 #include <eod/serializablefactory.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <sstream>
 #include <string>
@@ -22,8 +23,14 @@ namespace {
 using CreationFunction = SerializableFactory::CreationFunction;
 
 struct Registry {
-    std::map<char, CreationFunction> creation_fns;
+    // Indexed by the id's byte: every record read looks its id up here, so a plain table
+    // rather than a tree (null where nothing is registered).
+    std::array<CreationFunction, 256> creation_fns{};
     std::map<char, std::string> id_typename_map;
+
+    CreationFunction& slot(char object_id) {
+        return creation_fns[static_cast<unsigned char>(object_id)];
+    }
 };
 
 CreationFunction addRegistration(Registry& registry, char object_id, CreationFunction creation_fn) {
@@ -47,7 +54,7 @@ CreationFunction addRegistration(Registry& registry, char object_id, CreationFun
             << ". An object type has already been registered for this object_id";
         throw SerializableError(msg.str());
     }
-    CreationFunction& slot = registry.creation_fns[object_id];
+    CreationFunction& slot = registry.slot(object_id);
     const CreationFunction previous = slot;
     slot = creation_fn;
     registry.id_typename_map[object_id] = type_name;
@@ -166,10 +173,8 @@ CreationFunction SerializableFactory::registerObjectType(char object_id,
 
 CreationFunction SerializableFactory::unregisterObjectType(char object_id) {
     Registry& r = registry();
-    const auto it = r.creation_fns.find(object_id);
-    if (it == r.creation_fns.end()) return nullptr;
-    const CreationFunction previous = it->second;
-    r.creation_fns.erase(it);
+    const CreationFunction previous = r.slot(object_id);
+    r.slot(object_id) = nullptr;
     r.id_typename_map.erase(object_id);
     return previous;
 }
@@ -181,13 +186,12 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(char object_id) {
 
 boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(char object_id,
                                                                          unsigned int& status) {
-    const Registry& r = registry();
-    const auto it = r.creation_fns.find(object_id);
-    if (it == r.creation_fns.end()) {
+    const CreationFunction create = registry().slot(object_id);
+    if (create == nullptr) {
         status |= Serializable::STATUS_UNKNOWN_OBJECT_ID;
         return boost::shared_ptr<Serializable>();
     }
-    return it->second();
+    return create();
 }
 
 bool SerializableFactory::canDeserialize(const std::vector<unsigned char>& buffer, int read_pos) {
