@@ -13,6 +13,7 @@
 
 #include "eod/bytecodec.h"
 #include "eod/startupregistrations.h"
+#include "eod/streamrecord.h"
 #include "eod/usageerror.h"
 
 namespace tq {
@@ -96,11 +97,13 @@ enum class StreamRead {
 struct StreamRecord {
     StreamRead outcome = StreamRead::ok;
     boost::shared_ptr<Serializable> object;
-    std::vector<unsigned char> bytes;  // header rewritten for the id and size, then the data
 };
 
-StreamRecord readStreamRecord(std::istream& stream, unsigned int& status) {
+// Fills `bytes` with the header, rewritten for the id and size, and the data.
+StreamRecord readStreamRecord(std::istream& stream, unsigned int& status,
+                              std::vector<unsigned char>& bytes) {
     StreamRecord r;
+    bytes.clear();
     // A stream whose exceptions() are set throws from the step under way; that step counts
     // as failed, so the status form never throws. on_throw names the step.
     StreamRead on_throw = StreamRead::end_of_file;
@@ -140,13 +143,13 @@ StreamRecord readStreamRecord(std::istream& stream, unsigned int& status) {
             return r;
         }
         on_throw = StreamRead::data_exception;
-        Serializable::writeHeader(r.bytes, id, size);
+        Serializable::writeHeader(bytes, id, size);
         std::size_t remaining = size;
         while (remaining > 0) {
             const std::size_t step = std::min(remaining, kStreamReadStep);
-            const std::size_t old_size = r.bytes.size();
-            r.bytes.resize(old_size + step);
-            stream.read(reinterpret_cast<char*>(r.bytes.data() + old_size),
+            const std::size_t old_size = bytes.size();
+            bytes.resize(old_size + step);
+            stream.read(reinterpret_cast<char*>(bytes.data() + old_size),
                         static_cast<std::streamsize>(step));
             if (static_cast<std::size_t>(stream.gcount()) != step) {
                 r.object.reset();
@@ -239,23 +242,32 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(
 
 boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(std::istream& stream,
                                                                          unsigned int& status) {
-    StreamRecord r = readStreamRecord(stream, status);
-    if (r.outcome == StreamRead::unknown_skipped) return boost::shared_ptr<Serializable>();
-    if (r.outcome != StreamRead::ok) {
+    std::vector<unsigned char> bytes;
+    return detail::newObjectWithStatus(stream, status, bytes);
+}
+
+boost::shared_ptr<Serializable> detail::newObjectWithStatus(std::istream& stream,
+                                                            unsigned int& status,
+                                                            std::vector<unsigned char>& bytes) {
+    StreamRecord r = readStreamRecord(stream, status, bytes);
+    if (r.outcome == StreamRead::ok) {
+        int read_pos = 0;
+        unsigned int own_status = 0;
+        r.object->unSerializeWithStatus(bytes, read_pos, own_status);
+        status |= own_status;
+        if (own_status & kFailed) r.object.reset();
+    } else if (r.outcome != StreamRead::unknown_skipped) {
         status |= Serializable::STATUS_NOT_ENOUGH_DATA;
-        return boost::shared_ptr<Serializable>();
     }
-    int read_pos = 0;
-    unsigned int own_status = 0;
-    r.object->unSerializeWithStatus(r.bytes, read_pos, own_status);
-    status |= own_status;
-    if (own_status & kFailed) return boost::shared_ptr<Serializable>();
+    // Kept for the next record, unless an unusually long one left it large.
+    if (bytes.capacity() > kStreamReadStep) std::vector<unsigned char>().swap(bytes);
     return r.object;
 }
 
 boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& stream) {
     unsigned int status = 0;
-    StreamRecord r = readStreamRecord(stream, status);
+    std::vector<unsigned char> bytes;
+    StreamRecord r = readStreamRecord(stream, status, bytes);
     switch (r.outcome) {
         case StreamRead::end_of_file:
             throw SerializableError(
@@ -288,7 +300,7 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& str
     int read_pos = 0;
     bool complete = false;
     try {
-        complete = r.object->unSerialize(r.bytes, read_pos);
+        complete = r.object->unSerialize(bytes, read_pos);
     } catch (...) {
     }
     if (!complete) {
