@@ -550,6 +550,33 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
     EXPECT_FALSE(reader.readData());
 }
 
+TEST_F(LogFiles, FlushHandsEveryFrameToTheSystem) {
+    EngineOutputDataFileWriter writer;
+    expectUsageError([&] { writer.flush(); }, "engineoutputdatafilewriter", "no files are open");
+    writer.newFiles({10, 11, 15}, dir.wstring(), L"", 65536);
+    std::vector<Bytes> written;
+    for (unsigned int i = 0; i < 6; ++i) {
+        const FramePtr frame = recordedFrame(i);
+        writer.writeData(*frame);
+        if (frame->numSubObjects() > 0) written.push_back(bytesOf(*frame));
+    }
+    EXPECT_EQ(fs::file_size(dir / "Timing.tql"), 0u) << "still in the buffer";
+    writer.flush();
+    EngineOutputDataFileReader reader;
+    reader.openFiles(dir.wstring());
+    EXPECT_EQ(readAll(reader), written) << "read while the writer is open";
+}
+
+TEST_F(LogFiles, FlushFailureIsReported) {
+    if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
+    EngineOutputDataFileWriter writer;
+    writer.newFile(L"/dev/full", 4096);
+    EngineOutputData frame;
+    add<Head>(frame, 1);
+    writer.writeData(frame);
+    EXPECT_EQ(errorText([&] { writer.flush(); }), "Failed to write to stream.");
+}
+
 TEST_F(LogFiles, WriteFailureIsReported) {
     if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
     EngineOutputDataFileWriter writer;
