@@ -541,7 +541,9 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
     reader.openFiles(dir.wstring());
     std::vector<Bytes> frames;
     EXPECT_EQ(errorText([&] {
-                  while (const FramePtr frame = reader.readData()) frames.push_back(bytesOf(*frame));
+                  while (const FramePtr frame = reader.readData()) {
+                      frames.push_back(bytesOf(*frame));
+                  }
               }),
               "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
                   (dir / "Head.tql").string());
