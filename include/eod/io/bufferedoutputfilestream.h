@@ -22,7 +22,7 @@ namespace io {
 //
 // A process that dies (SIGKILL) loses the whole writes still in the buffer and nothing
 // handed over before. A file can end inside a record only when the process dies during
-// the system's write call (the kernel stops a large write between pages) or the disk is
+// the system's write call (the kernel may stop a write between two pages) or the disk is
 // full. Readers of per-object logs report such a torn tail as a corrupt log file after
 // returning every complete frame.
 //
