@@ -8,7 +8,7 @@
 #include <eod/utils/geomutils.h>
 
 #include "eod/bytecodec.h"
-#include "recordchecks.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using eodtest::Bytes;

@@ -11,7 +11,7 @@
 #include <eod/utils/geomutils.h>
 
 #include "eod/bytecodec.h"
-#include "recordchecks.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using eodtest::Bytes;
