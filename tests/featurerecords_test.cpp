@@ -242,6 +242,13 @@ TEST(FeatureLeaves, AssignmentCopiesValuesAndKeepsIdentity) {
     EXPECT_EQ(copy->objectID(), FeaturePoint::LEFT_PUPIL_ID);
     EXPECT_EQ(copy->name(), "L_PUPILPOS");
     EXPECT_EQ(copy->y(), 0.5f);
+
+    // Through the base, a feature of another kind has other values: none are taken over.
+    FeatureRect rect(FeatureRect::FACE_RECT_ID);
+    rect.setRect(0.1f, 0.2f, 0.3f, 0.4f);
+    static_cast<FeatureOutputData&>(rect) = left;
+    EXPECT_EQ(eodtest::valueLine(rect), "0.1	0.2	0.3	0.4");
+    EXPECT_EQ(rect.numDataBytes(), 16u);
 }
 
 TEST(FeatureLeavesText, ColumnsAreNamePlusSuffix) {
