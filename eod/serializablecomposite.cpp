@@ -223,11 +223,21 @@ void SerializableComposite::storeReadSubObject(const boost::shared_ptr<Serializa
     if (object && object->serializeEnabled()) insertSubObject(object);
 }
 
+boost::shared_ptr<Serializable> SerializableComposite::readSubObject(
+    const std::vector<unsigned char>& buffer, int& read_pos) {
+    return SerializableFactory::newObject(buffer, read_pos);
+}
+
+boost::shared_ptr<Serializable> SerializableComposite::readSubObjectWithStatus(
+    const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status) {
+    return SerializableFactory::newObjectWithStatus(buffer, read_pos, status);
+}
+
 void SerializableComposite::readFromBuffer(const std::vector<unsigned char>& buffer,
                                            int& read_pos) {
     const unsigned int count = readOwnDataAndCount(buffer, read_pos);
     for (unsigned int i = 0; i < count; ++i) {
-        storeReadSubObject(SerializableFactory::newObject(buffer, read_pos));
+        storeReadSubObject(readSubObject(buffer, read_pos));
     }
 }
 
@@ -238,7 +248,7 @@ void SerializableComposite::readFromBufferWithStatus(const std::vector<unsigned 
         for (unsigned int i = 0; i < count; ++i) {
             unsigned int sub_status = 0;
             boost::shared_ptr<Serializable> object =
-                SerializableFactory::newObjectWithStatus(buffer, read_pos, sub_status);
+                readSubObjectWithStatus(buffer, read_pos, sub_status);
             status |= sub_status;
             // A sub-record that is cut short or undecodable leaves read_pos where it was;
             // reading on would only meet the same bytes again.
