@@ -81,13 +81,7 @@ TEST(EyeClosureOutputData, EncodesItsFieldsInWireOrder) {
 }
 
 TEST(EyeClosureOutputData, RoundTripsFieldForField) {
-    const EyeClosureOutputData closure = sampleClosure();
-    const auto decoded = eodtest::decodeBothWays<EyeClosureOutputData>(encode(closure));
-    expectSameFields(decoded.first, closure);
-    expectSameFields(decoded.second, closure);
-    EyeClosureOutputData copied;
-    copied.copyFrom(closure);
-    expectSameFields(copied, closure);
+    eodtest::expectRoundTripsFieldForField(sampleClosure(), expectSameFields);
 }
 
 TEST(EyeClosureOutputData, FailedSettersThrowAndChangeNothing) {
@@ -144,10 +138,7 @@ TEST(PupilOutputData, EncodesItsFieldsInWireOrder) {
 }
 
 TEST(PupilOutputData, RoundTripsFieldForField) {
-    const PupilOutputData pupil = samplePupil();
-    const auto decoded = eodtest::decodeBothWays<PupilOutputData>(encode(pupil));
-    expectSameFields(decoded.first, pupil);
-    expectSameFields(decoded.second, pupil);
+    eodtest::expectRoundTripsFieldForField(samplePupil(), expectSameFields);
 }
 
 TEST(PupilOutputData, FailedSettersThrowAndChangeNothing) {

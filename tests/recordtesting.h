@@ -6,6 +6,7 @@
 // SerializableError texts, and the printed text lines.
 
 #include <cstddef>
+#include <memory>
 #include <random>
 #include <regex>
 #include <sstream>
@@ -74,6 +75,21 @@ std::pair<T, T> decodeBothWays(const Bytes& bytes) {
     T direct = decodeAs<T>(bytes);
     const boost::shared_ptr<T> built = decodeViaFactory<T>(bytes);
     return {direct, built ? *built : T()};
+}
+
+// The record keeps every field when its bytes are decoded both ways and when it is copied
+// (copy constructor, copyFrom, clone()); `expectSame(copy, original)` compares field by field.
+template <class T>
+void expectRoundTripsFieldForField(const T& original, void (*expectSame)(const T&, const T&)) {
+    const std::pair<T, T> decoded = decodeBothWays<T>(encode(original));
+    expectSame(decoded.first, original);
+    expectSame(decoded.second, original);
+    expectSame(T(original), original);
+    T assigned;
+    assigned.copyFrom(original);
+    expectSame(assigned, original);
+    const std::unique_ptr<T> cloned(original.clone());
+    expectSame(*cloned, original);
 }
 
 // The protected own-data size of a record class.

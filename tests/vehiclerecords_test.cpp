@@ -40,18 +40,8 @@ GPSOutputData sampleGPS() {
     GPSOutputData g;
     g.setDataValid(true);
     g.setGMTTime(0xA1B2C3D4u);
-    GPSCoordinateV1 lat;
-    lat.degrees = -33;
-    lat.minutes = 52;
-    lat.seconds = 9;
-    lat.hemisphere = 'S';
-    GPSCoordinateV1 lon;
-    lon.degrees = 151;
-    lon.minutes = 12;
-    lon.seconds = 30;
-    lon.hemisphere = 'E';
-    g.setLatitude(lat);
-    g.setLongitude(lon);
+    g.setLatitude({-33, 52, 9, 'S'});  // degrees, minutes, seconds, hemisphere
+    g.setLongitude({151, 12, 30, 'E'});
     g.setSpeed(88);
     return g;
 }
@@ -60,18 +50,8 @@ GPSOutputDataV2 sampleGPSV2() {
     GPSOutputDataV2 g;
     g.setDataValid(true);
     g.setGMTTime(123456u);
-    GPSCoordinateV2 lat;
-    lat.degrees = 48;
-    lat.minutes = 8;
-    lat.seconds = 14.75f;
-    lat.hemisphere = 'N';
-    GPSCoordinateV2 lon;
-    lon.degrees = 11;
-    lon.minutes = 34;
-    lon.seconds = 59.5f;
-    lon.hemisphere = 'W';
-    g.setLatitude(lat);
-    g.setLongitude(lon);
+    g.setLatitude({48, 8, 14.75f, 'N'});
+    g.setLongitude({11, 34, 59.5f, 'W'});
     g.setSpeed(97.5f);
     g.setCourse(271.25f);
     return g;
