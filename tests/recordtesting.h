@@ -12,6 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -78,9 +79,11 @@ std::pair<T, T> decodeBothWays(const Bytes& bytes) {
 }
 
 // The record keeps every field when its bytes are decoded both ways and when it is copied
-// (copy constructor, copyFrom, clone()); `expectSame(copy, original)` compares field by field.
+// (copy constructor, copyFrom, clone()); `expectSame(copy, original)` compares field by field
+// (it may name an overloaded function: T comes from `original` alone).
 template <class T>
-void expectRoundTripsFieldForField(const T& original, void (*expectSame)(const T&, const T&)) {
+void expectRoundTripsFieldForField(const T& original, void (*expectSame)(const std::decay_t<T>&,
+                                                                         const std::decay_t<T>&)) {
     const std::pair<T, T> decoded = decodeBothWays<T>(encode(original));
     expectSame(decoded.first, original);
     expectSame(decoded.second, original);
