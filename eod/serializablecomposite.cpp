@@ -116,12 +116,18 @@ boost::shared_ptr<Serializable> SerializableComposite::removeSubObject(char id) 
     return removeSubObjectAtIndex(id, 0);
 }
 
-boost::shared_ptr<Serializable> SerializableComposite::removeSubObjectAtIndex(char id,
-                                                                             unsigned char index) {
+SerializableComposite::SubObjectMap::iterator SerializableComposite::findAtIndex(
+    char id, unsigned char index) {
     const auto range = _sub_objects.equal_range(id);
     auto it = range.first;
     for (unsigned char i = 0; i < index && it != range.second; ++i) ++it;
-    if (it == range.second) return boost::shared_ptr<Serializable>();
+    return it == range.second ? _sub_objects.end() : it;
+}
+
+boost::shared_ptr<Serializable> SerializableComposite::removeSubObjectAtIndex(char id,
+                                                                              unsigned char index) {
+    const auto it = findAtIndex(id, index);
+    if (it == _sub_objects.end()) return boost::shared_ptr<Serializable>();
     boost::shared_ptr<Serializable> removed = it->second;
     _sub_objects.erase(it);
     return removed;
@@ -137,10 +143,8 @@ boost::shared_ptr<Serializable const> SerializableComposite::subObject(char id) 
 
 boost::shared_ptr<Serializable> SerializableComposite::subObjectAtIndex(char id,
                                                                        unsigned char index) {
-    const auto range = _sub_objects.equal_range(id);
-    auto it = range.first;
-    for (unsigned char i = 0; i < index && it != range.second; ++i) ++it;
-    return it == range.second ? boost::shared_ptr<Serializable>() : it->second;
+    const auto it = findAtIndex(id, index);
+    return it == _sub_objects.end() ? boost::shared_ptr<Serializable>() : it->second;
 }
 
 boost::shared_ptr<Serializable const> SerializableComposite::subObjectAtIndex(

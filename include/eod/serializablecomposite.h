@@ -120,6 +120,9 @@ protected:
 private:
     typedef std::multimap<char, boost::shared_ptr<Serializable>> SubObjectMap;
 
+    // The entry of the index-th sub-object of `id`, or end() when there are fewer.
+    SubObjectMap::iterator findAtIndex(char id, unsigned char index);
+
     template <class T, class P>
     static boost::shared_ptr<T> checkedCast(const boost::shared_ptr<P>& p) {
         if (!p) return boost::shared_ptr<T>();
