@@ -108,6 +108,8 @@ unsigned int engineSpecificDataBytes(const Record& record) {
 
 // ---- Truncated and corrupt input
 
+namespace detail {
+
 // `bytes` (one whole record) with its data cut to `keep` bytes under a header that announces
 // exactly `keep`, so that the record's own reader meets the short data; `tail` follows.
 inline Bytes withDataCutTo(const Bytes& bytes, unsigned int keep, const Bytes& tail = Bytes()) {
@@ -121,10 +123,8 @@ inline Bytes withDataCutTo(const Bytes& bytes, unsigned int keep, const Bytes& t
     return cut;
 }
 
-namespace detail {
-
 // Calls check(prefix, false) for every proper prefix of `bytes`, and check(cut, true) for
-// every data cut of withDataCutTo, bare and followed by trailing bytes that a reader must
+// every data cut (withDataCutTo), bare and followed by trailing bytes that a reader must
 // not take for its own.
 template <class Check>
 void forEveryTruncation(const Bytes& bytes, Check check) {
