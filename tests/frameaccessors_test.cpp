@@ -23,7 +23,7 @@
 #include <typeinfo>
 
 #include "eod/startupregistrations.h"
-#include "recordchecks_b.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 
@@ -70,7 +70,7 @@ TEST(FrameAccessors, GPSRecordsComeBackWithTheFrame) {
     EXPECT_EQ(frame.gpsOutputData(), gps);
     EXPECT_EQ(const_frame.gpsOutputDataV2(), gps2);
 
-    const auto read = eodtest::viaFactory<EngineOutputData>(frame);
+    const auto read = eodtest::decodeViaFactory<EngineOutputData>(eodtest::encode(frame));
     ASSERT_TRUE(read);
     const EngineOutputData& const_read = *read;
     ASSERT_TRUE(const_read.gpsOutputData());
@@ -173,14 +173,10 @@ TEST(FrameAccessors, ARecordOfTheWrongClassUnderAnIdIsAProgrammingError) {
         Impostor* clone() const override { return new Impostor(*this); }
     };
     frame.addSubObject(boost::make_shared<Impostor>());
-    try {
-        frame.imagesOutputData();
-        FAIL() << "expected SerializableError";
-    } catch (const SerializableError& e) {
-        EXPECT_STREQ(e.what(),
-                     "SerializableComposite::subObject() - programming error. ID does not match "
-                     "object type");
-    }
+    EXPECT_SERIALIZABLE_ERROR(
+        frame.imagesOutputData(),
+        "SerializableComposite::subObject() - programming error. ID does not match "
+        "object type");
     EngineOutputData other;
     EXPECT_FALSE(imageCollectionOutputData(other));
     EXPECT_TRUE(addImageCollectionOutputDataIfMissing(other));
