@@ -23,7 +23,7 @@
 #include <vector>
 
 #include "testsupport.h"
-#include "tools/syntheticengine.h"
+#include "tools/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
