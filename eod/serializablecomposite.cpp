@@ -209,10 +209,17 @@ void SerializableComposite::clearSubObjects() { _sub_objects.clear(); }
 
 void SerializableComposite::appendBuffer(std::vector<unsigned char>& buffer) const {
     appendOwnData(buffer);
-    buffer.push_back(numValidSubObjects());
+    // The count of valid sub-objects, filled in as they are written rather than counted in
+    // a pass of its own.
+    const std::size_t count_pos = buffer.size();
+    buffer.push_back(0);
+    unsigned char count = 0;
     for (const auto& entry : _sub_objects) {
-        if (entry.second->serializeEnabled()) entry.second->appendRecord(buffer);
+        if (!entry.second->serializeEnabled()) continue;
+        entry.second->appendRecord(buffer);
+        ++count;
     }
+    buffer[count_pos] = count;
 }
 
 unsigned int SerializableComposite::readOwnDataAndCount(const std::vector<unsigned char>& buffer,
