@@ -122,10 +122,12 @@ boost::shared_ptr<Serializable> SerializableComposite::removeSubObject(char id) 
 
 SerializableComposite::SubObjectMap::iterator SerializableComposite::findAtIndex(
     char id, unsigned char index) {
-    const auto range = _sub_objects.equal_range(id);
-    auto it = range.first;
-    for (unsigned char i = 0; i < index && it != range.second; ++i) ++it;
-    return it == range.second ? _sub_objects.end() : it;
+    // Entries of one id stand together in the flat map: the index-th is `index` places after
+    // the first, if it still has the id.
+    const auto first = _sub_objects.lower_bound(id);
+    if (_sub_objects.end() - first <= index) return _sub_objects.end();
+    const auto it = first + index;
+    return it->first == id ? it : _sub_objects.end();
 }
 
 boost::shared_ptr<Serializable> SerializableComposite::removeSubObjectAtIndex(char id,
