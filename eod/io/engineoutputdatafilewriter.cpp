@@ -115,7 +115,7 @@ void EngineOutputDataFileWriter::writeData(const EngineOutputData& data) {
             }
             if (face_set) sub = face_set->subObject(entry.first);
         }
-        if (sub) writeSubObject(data.frameNum(), sub, *entry.second);
+        if (sub) writeSubObject(data.frameNum(), *sub, *entry.second);
     }
 }
 
@@ -124,18 +124,19 @@ void EngineOutputDataFileWriter::writeData(const boost::shared_ptr<const EngineO
     writeData(*data);
 }
 
-void EngineOutputDataFileWriter::writeSubObject(unsigned int frameNum,
-                                                const boost::shared_ptr<const Serializable>& sub,
+void EngineOutputDataFileWriter::writeSubObject(unsigned int frameNum, const Serializable& sub,
                                                 BufferedOutputFileStream& stream) {
-    if (!sub->serializeEnabled()) return;
-    // One wrapper serves every record: it holds the frame's record only while encoding it,
-    // shared rather than cloned, so the record is never changed through it.
+    if (!sub.serializeEnabled()) return;
+    // One wrapper serves every record. It holds the frame's record only while encoding it,
+    // through a pointer that owns nothing (the caller's frame keeps the record alive), so no
+    // reference count changes; the record is never changed through it.
     struct Release {
         EngineOutputData& wrapper;
         ~Release() { wrapper.clearSubObjects(); }
     } release{_wrapper};
     _wrapper.setFrameNum(frameNum);
-    _wrapper.addSubObject(boost::const_pointer_cast<Serializable>(sub));
+    _wrapper.addSubObject(boost::shared_ptr<Serializable>(boost::shared_ptr<Serializable>(),
+                                                          const_cast<Serializable*>(&sub)));
     assert(stream.is_open() && "stream.is_open()");
     serializeObject(_wrapper, stream);
 }
@@ -148,8 +149,12 @@ void EngineOutputDataFileWriter::serializeObject(const Serializable& object, std
     // The bytes writeToBinaryStream would write, in a buffer kept from frame to frame.
     _buffer.clear();
     object.serialize(_buffer);
-    stream.write(reinterpret_cast<const char*>(_buffer.data()),
-                 static_cast<std::streamsize>(_buffer.size()));
+    // Straight to the file buffer, as write() does once its sentry has found the stream
+    // good (checked above) and flushed no tied stream (a file stream has none).
+    const std::streamsize size = static_cast<std::streamsize>(_buffer.size());
+    if (stream.rdbuf()->sputn(reinterpret_cast<const char*>(_buffer.data()), size) != size) {
+        stream.setstate(std::ios_base::badbit);
+    }
     if (stream.fail()) throw EngineOutputDataFileError("Failed to write to stream.");
 }
 

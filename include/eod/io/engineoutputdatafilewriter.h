@@ -87,7 +87,7 @@ class EngineOutputDataFileWriter {
   private:
     void openStream(char id, const std::wstring& path, int bufferSize, const char* failureMessage);
     // Writes `sub` wrapped in an EngineOutputData of the frame's number.
-    void writeSubObject(unsigned int frameNum, const boost::shared_ptr<const Serializable>& sub,
+    void writeSubObject(unsigned int frameNum, const Serializable& sub,
                         BufferedOutputFileStream& stream);
     void serializeObject(const Serializable& object, std::ostream& stream);
 
