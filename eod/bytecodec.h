@@ -14,6 +14,8 @@
 #include <type_traits>
 #include <vector>
 
+#include <boost/endian/conversion.hpp>
+
 namespace tq {
 namespace eod {
 namespace detail {
@@ -40,25 +42,16 @@ inline void appendU64(Bytes& out, std::uint64_t v) {
     appendU32(out, static_cast<std::uint32_t>(v));
 }
 
-// Overwrite bytes already in a buffer, for size fields filled in after the data.
-inline void storeU16(unsigned char* p, std::uint16_t v) {
-    p[0] = static_cast<unsigned char>(v >> 8);
-    p[1] = static_cast<unsigned char>(v);
-}
+// Overwrite bytes already in a buffer, for size fields filled in after the data. Boost.Endian
+// does the byte order: one swapped store or load, where shifts byte by byte were not always
+// merged by the compiler.
+inline void storeU16(unsigned char* p, std::uint16_t v) { boost::endian::store_big_u16(p, v); }
 
-inline void storeU32(unsigned char* p, std::uint32_t v) {
-    storeU16(p, static_cast<std::uint16_t>(v >> 16));
-    storeU16(p + 2, static_cast<std::uint16_t>(v));
-}
+inline void storeU32(unsigned char* p, std::uint32_t v) { boost::endian::store_big_u32(p, v); }
 
-inline std::uint16_t loadU16(const unsigned char* p) {
-    return static_cast<std::uint16_t>((p[0] << 8) | p[1]);
-}
+inline std::uint16_t loadU16(const unsigned char* p) { return boost::endian::load_big_u16(p); }
 
-inline std::uint32_t loadU32(const unsigned char* p) {
-    return (std::uint32_t(p[0]) << 24) | (std::uint32_t(p[1]) << 16) | (std::uint32_t(p[2]) << 8) |
-           std::uint32_t(p[3]);
-}
+inline std::uint32_t loadU32(const unsigned char* p) { return boost::endian::load_big_u32(p); }
 
 inline std::uint64_t loadU64(const unsigned char* p) {
     return (std::uint64_t(loadU32(p)) << 32) | loadU32(p + 4);
@@ -133,6 +126,26 @@ void appendNumber(Bytes& out, T value) {
     } else {
         appendU64(out, bits);
     }
+}
+
+// As appendNumber, into room already made in a buffer; returns the byte after the value.
+template <class T>
+unsigned char* storeNumber(unsigned char* p, T value) {
+    static_assert(std::is_arithmetic<T>::value, "numbers only");
+    using U = typename UnsignedOfSize<sizeof(T)>::type;
+    U bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    if constexpr (sizeof(T) == 1) {
+        p[0] = bits;
+    } else if constexpr (sizeof(T) == 2) {
+        storeU16(p, bits);
+    } else if constexpr (sizeof(T) == 4) {
+        storeU32(p, bits);
+    } else {
+        storeU32(p, static_cast<std::uint32_t>(bits >> 32));
+        storeU32(p + 4, static_cast<std::uint32_t>(bits));
+    }
+    return p + sizeof(T);
 }
 
 template <class T>

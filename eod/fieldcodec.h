@@ -11,6 +11,8 @@
 // element with no count; a reader fills the elements the vector already has, which is
 // why records keep their vectors at their fixed sizes.
 
+#include <cassert>
+#include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -50,6 +52,38 @@ struct FieldWriter {
         for (const T& e : v) (*this)(e);
     }
 };
+
+// FieldWriter's encoding, stored through a pointer into room made beforehand: growing a
+// vector field by field costs several times the store itself. See appendFields.
+struct FieldStorer {
+    unsigned char* p;
+
+    void operator()(bool v) { *p++ = v ? 1 : 0; }
+    template <class T>
+    std::enable_if_t<std::is_arithmetic<T>::value> operator()(T v) {
+        p = storeNumber(p, v);
+    }
+    void operator()(const std::string& s) {
+        std::memcpy(p, s.data(), s.size());
+        p += s.size();
+        *p++ = 0;
+    }
+    template <class T>
+    void operator()(const std::vector<T>& v) {
+        for (const T& e : v) (*this)(e);
+    }
+};
+
+// Appends fields of exactly `bytes` bytes in all (a FieldSizer's count): the buffer grows
+// once, then store(FieldStorer&) writes them in order.
+template <class Store>
+void appendFields(Bytes& out, std::size_t bytes, Store store) {
+    const std::size_t start = out.size();
+    out.resize(start + bytes);
+    FieldStorer storer{out.data() + start};
+    store(storer);
+    assert(storer.p == out.data() + out.size() && "fields differ from their size");
+}
 
 struct FieldReader {
     const Bytes& in;

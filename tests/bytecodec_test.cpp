@@ -3,8 +3,11 @@
 #include <climits>
 #include <cstdint>
 #include <limits>
+#include <string>
+#include <vector>
 
 #include "eod/bytecodec.h"
+#include "eod/fieldcodec.h"
 #include "testsupport.h"
 
 using namespace tq::eod;
@@ -23,6 +26,9 @@ void expectNumber(T value, const Bytes& expected) {
     Bytes routine;
     TestLeaf::appendBuffer(routine, value);
     EXPECT_EQ(routine, expected);
+    Bytes stored(expected.size());
+    EXPECT_EQ(detail::storeNumber(stored.data(), value), stored.data() + stored.size());
+    EXPECT_EQ(stored, expected);
 
     int read_pos = 0;
     EXPECT_EQ(detail::readNumber<T>(codec, read_pos), value);
@@ -129,6 +135,32 @@ TEST(ByteCodec, RawBytesAreCopiedAsTheyStand) {
     EXPECT_EQ(read_pos, 1);
     EXPECT_TRUE(throwsUsageError([&] { TestLeaf::readRawBytes(b, read_pos, nullptr, 1); },
                                  "serializable", "array is NULL"));
+}
+
+// Fields stored into room made once are the bytes that appending them one by one gives.
+TEST(ByteCodec, StoredFieldsEqualAppendedFields) {
+    const auto visit = [](auto& v) {
+        v(true);
+        v(static_cast<char>(-3));
+        v(static_cast<std::uint16_t>(0xBEEF));
+        v(-1000);
+        v(2.5f);
+        v(-0.125);
+        v(std::string("ab"));
+        v(std::string());
+        v(std::vector<float>{1.0f, -1.0f});
+        v(std::vector<std::int64_t>{-2});
+    };
+    detail::FieldSizer sizer;
+    visit(sizer);
+    Bytes appended = {0xAA};
+    detail::FieldWriter writer{appended};
+    visit(writer);
+    ASSERT_EQ(appended.size(), 1 + sizer.bytes);
+
+    Bytes stored = {0xAA};
+    detail::appendFields(stored, sizer.bytes, visit);
+    EXPECT_EQ(stored, appended);
 }
 
 TEST(ByteCodec, CheckReadPos) {
