@@ -12,6 +12,29 @@
 namespace tq {
 namespace eod {
 
+namespace {
+
+// Records read from bytes nest (a frame holds face sets, which hold eye records, ...).
+// Hostile bytes could nest them deeply enough to exhaust the stack; real records nest a
+// handful of levels.
+const int kMaxNestingDepth = 64;
+thread_local int t_nesting_depth = 0;
+
+class NestingGuard {
+public:
+    NestingGuard() {
+        if (++t_nesting_depth > kMaxNestingDepth) {
+            --t_nesting_depth;
+            throw SerializableError("Serializable::unSerialize() - records nested too deeply.");
+        }
+    }
+    ~NestingGuard() { --t_nesting_depth; }
+    NestingGuard(const NestingGuard&) = delete;
+    NestingGuard& operator=(const NestingGuard&) = delete;
+};
+
+}  // namespace
+
 Serializable::~Serializable() = default;
 
 void* Serializable::operator new(std::size_t size) { return ::operator new(size); }
@@ -104,6 +127,7 @@ bool Serializable::unSerialize(const std::vector<unsigned char>& buffer, int& re
     unsigned int data_size = 0;
     if (!readDataSizeHeader(buffer, p, &data_size)) return false;
     const int start = p;
+    const NestingGuard nesting;
     readFromBuffer(buffer, p);
     if (static_cast<unsigned int>(p - start) != data_size) {
         throw SerializableError("Serializable::unSerialize() - data_size in header wrong.");
@@ -132,7 +156,12 @@ void Serializable::unSerializeWithStatus(const std::vector<unsigned char>& buffe
     }
     const int start = p;
     unsigned int own_status = 0;
-    readFromBufferWithStatus(buffer, p, own_status);
+    try {
+        const NestingGuard nesting;
+        readFromBufferWithStatus(buffer, p, own_status);
+    } catch (const SerializableError&) {
+        own_status |= STATUS_UNDECODABLE;
+    }
     status |= own_status;
     if (own_status & (STATUS_NOT_ENOUGH_DATA | STATUS_UNDECODABLE)) return;
     if (static_cast<unsigned int>(p - start) != data_size) {

@@ -12,7 +12,7 @@ namespace eod {
 
 class CompressedSerializable : public Serializable {
 public:
-    static const char THIS_OBJECT_ID = 95;
+    static constexpr char THIS_OBJECT_ID = 95;
 
     CompressedSerializable() = default;
     explicit CompressedSerializable(std::vector<unsigned char> payload)

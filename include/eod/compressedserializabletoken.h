@@ -11,8 +11,8 @@ namespace eod {
 
 class CompressedSerializableToken : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 96;
-    static const int INVALID_STREAM_ID = -1;
+    static constexpr char THIS_OBJECT_ID = 96;
+    static constexpr int INVALID_STREAM_ID = -1;
 
     CompressedSerializableToken() = default;
     explicit CompressedSerializableToken(int stream_id) : _stream_id(stream_id) {}

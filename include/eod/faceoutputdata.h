@@ -23,7 +23,7 @@ namespace eod {
 
 class FaceOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 91;
+    static constexpr char THIS_OBJECT_ID = 91;
 
     FaceOutputData() = default;
     FaceOutputData(const FaceOutputData&) = default;

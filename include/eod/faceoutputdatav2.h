@@ -33,7 +33,7 @@ enum WearingGlassesType : int {
 
 class FaceOutputDataV2 : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 93;
+    static constexpr char THIS_OBJECT_ID = 93;
 
     FaceOutputDataV2() = default;
     FaceOutputDataV2(const FaceOutputDataV2&) = default;

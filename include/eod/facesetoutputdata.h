@@ -8,14 +8,16 @@
 #include <boost/shared_ptr.hpp>
 
 #include <eod/engineoutputbase.h>
+#include <eod/eyeoutputdata.h>
 #include <eod/faceoutputdatav2.h>
+#include <eod/headoutputdatav2.h>
 
 namespace tq {
 namespace eod {
 
 class FaceSetOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 94;
+    static constexpr char THIS_OBJECT_ID = 94;
 
     FaceSetOutputData() = default;
     FaceSetOutputData(const FaceSetOutputData&) = default;
@@ -28,9 +30,13 @@ public:
     // One face set per face: a parent may hold several.
     bool forbidDuplicateSiblings() const override { return false; }
 
-    // The face record, or null.
+    // The face's head, face and eye records, each null when missing.
+    boost::shared_ptr<HeadOutputDataV2> headOutputData();
+    boost::shared_ptr<HeadOutputDataV2 const> headOutputData() const;
     boost::shared_ptr<FaceOutputDataV2> faceOutputData();
     boost::shared_ptr<FaceOutputDataV2 const> faceOutputData() const;
+    boost::shared_ptr<EyeOutputData> eyeOutputData();
+    boost::shared_ptr<EyeOutputData const> eyeOutputData() const;
 
     // No columns of its own; the sub-records' columns follow.
     void printOwnHeader(std::ostream&) const override {}

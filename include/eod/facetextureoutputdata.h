@@ -25,7 +25,7 @@ namespace eod {
 
 class FaceTextureOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 92;
+    static constexpr char THIS_OBJECT_ID = 92;
 
     // Texture type codes are opaque to this library, like image formats; any int is kept.
     enum FaceTextureType : int { INVALID_FACE_TEXTURE_TYPE = -1 };

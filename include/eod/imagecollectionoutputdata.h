@@ -18,9 +18,9 @@ namespace eod {
 
 class ImageCollectionOutputData : public EngineOutputBase {
 public:
-    static const char THIS_OBJECT_ID = 30;
-    static const char IMAGE_COLLECTION_OUTPUT_DATA_ID = 30;
-    static const unsigned int MAX_IMAGES = 65535;
+    static constexpr char THIS_OBJECT_ID = 30;
+    static constexpr char IMAGE_COLLECTION_OUTPUT_DATA_ID = 30;
+    static constexpr unsigned int MAX_IMAGES = 65535;
 
     ImageCollectionOutputData() = default;
     // Deep copies: every image is copied (and owns its raw data).

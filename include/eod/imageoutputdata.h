@@ -26,9 +26,9 @@ namespace eod {
 
 class ImageOutputData : public Serializable {
 public:
-    static const char THIS_OBJECT_ID = 31;
-    static const char IMAGE_OUTPUT_DATA_ID = 31;
-    static const std::size_t RAW_DATA_ALIGNMENT = 32;
+    static constexpr char THIS_OBJECT_ID = 31;
+    static constexpr char IMAGE_OUTPUT_DATA_ID = 31;
+    static constexpr std::size_t RAW_DATA_ALIGNMENT = 32;
 
     ImageOutputData() = default;
     // Deep copies: the copy owns its raw data even when the original shares its buffer.

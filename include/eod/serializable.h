@@ -26,20 +26,20 @@ class SerializableComposite;
 class Serializable {
 public:
     // Reserved object ids; no record class of the library uses them.
-    static const char ERROR_ID = 0;
-    static const char FACE_STATE_ID_V1_0 = 1;
-    static const char WSPHERE_ID = 2;
-    static const char WPLANE_ID = 3;
-    static const char FAMOUS_PLUGIN_ID = 5;
-    static const char FACE_STATE_ID_V2_0 = 6;
-    static const char FACE_STATE_ID_V3_0 = 7;
-    static const char FACE_STATE_ID_V3_0_SERIAL = 8;
-    static const char TEST_ID = 127;
+    static constexpr char ERROR_ID = 0;
+    static constexpr char FACE_STATE_ID_V1_0 = 1;
+    static constexpr char WSPHERE_ID = 2;
+    static constexpr char WPLANE_ID = 3;
+    static constexpr char FAMOUS_PLUGIN_ID = 5;
+    static constexpr char FACE_STATE_ID_V2_0 = 6;
+    static constexpr char FACE_STATE_ID_V3_0 = 7;
+    static constexpr char FACE_STATE_ID_V3_0_SERIAL = 8;
+    static constexpr char TEST_ID = 127;
 
     // Status bits set by the ...WithStatus readers; callers clear the word first.
-    static const unsigned int STATUS_UNKNOWN_OBJECT_ID = 1;
-    static const unsigned int STATUS_NOT_ENOUGH_DATA = 4;
-    static const unsigned int STATUS_UNDECODABLE = 8;
+    static constexpr unsigned int STATUS_UNKNOWN_OBJECT_ID = 1;
+    static constexpr unsigned int STATUS_NOT_ENOUGH_DATA = 4;
+    static constexpr unsigned int STATUS_UNDECODABLE = 8;
 
     Serializable() = default;
     Serializable(const Serializable&) = default;

@@ -23,7 +23,7 @@ public:
     typedef std::vector<boost::shared_ptr<Serializable>> SubObjects;
     typedef std::vector<boost::shared_ptr<Serializable const>> ConstSubObjects;
 
-    static const unsigned int MAX_SUB_OBJECTS = 255;
+    static constexpr unsigned int MAX_SUB_OBJECTS = 255;
 
     SerializableComposite() = default;
     // Deep copies: sub-objects are cloned.

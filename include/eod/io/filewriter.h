@@ -46,7 +46,7 @@ public:
     std::wstring filePath() const { return _file_path; }
 
 private:
-    static const std::size_t BUFFER_SIZE = 65536;
+    static constexpr std::size_t BUFFER_SIZE = 65536;
 
     // Declared before the stream so that it outlives the stream's final flush.
     std::unique_ptr<char[]> _buffer;

@@ -1,0 +1,15 @@
+#include <eod/headintersectionoutputdatav2.h>
+
+namespace tq {
+namespace eod {
+
+// Definitions, so that the constants can also be bound to references.
+
+HeadIntersectionOutputDataV2::~HeadIntersectionOutputDataV2() = default;
+
+HeadIntersectionOutputDataV2* HeadIntersectionOutputDataV2::clone() const {
+    return new HeadIntersectionOutputDataV2(*this);
+}
+
+}  // namespace eod
+}  // namespace tq

@@ -1,0 +1,102 @@
+#include <eod/io/engineoutputdatatcpclient.h>
+
+#include <cstdint>
+#include <string>
+
+#include <boost/pointer_cast.hpp>
+
+#include <eod/serializableerror.h>
+#include <eod/serializablefactory.h>
+
+#include "eod/bytecodec.h"
+#include "eod/usageerror.h"
+
+namespace tq {
+namespace eod {
+namespace io {
+
+namespace {
+
+// Buffer positions are ints; a record of at most this size leaves room for the bytes of one
+// more read behind it.
+const unsigned int kLargestMaxRecordSize = 1u << 30;
+
+}  // namespace
+
+EngineOutputDataTcpClient::EngineOutputDataTcpClient() : _server(0), _socket(INVALID_SOCKET) {}
+
+void EngineOutputDataTcpClient::connect(const InetAddress& server) {
+    clearBuffer();
+    _socket.open();
+    _socket.connect(server);
+    _server = server;
+}
+
+bool EngineOutputDataTcpClient::isConnected() const { return connected(); }
+
+void EngineOutputDataTcpClient::disconnect() {
+    clearBuffer();
+    _socket.close();
+}
+
+boost::shared_ptr<EngineOutputData> EngineOutputDataTcpClient::receive(int timeout_ms) {
+    EOD_REQUIRE(connected(), "not connected");
+    for (;;) {
+        checkRecordSize();
+        if (!SerializableFactory::canDeserialize(_buffer, _read_pos)) {
+            // What is left is less than one record: moving it to the front is cheap, and
+            // happens once per read rather than once per record.
+            _buffer.erase(_buffer.begin(), _buffer.begin() + _read_pos);
+            _read_pos = 0;
+            if (_socket.receive(_buffer, timeout_ms, true) == 0) {
+                return boost::shared_ptr<EngineOutputData>();
+            }
+            continue;
+        }
+        // On a decoding error the position stays before the offending record.
+        int read_pos = _read_pos;
+        const boost::shared_ptr<Serializable> record =
+            SerializableFactory::newObject(_buffer, read_pos);
+        _read_pos = read_pos;
+        if (record && record->objectID() == EngineOutputData::THIS_OBJECT_ID) {
+            boost::shared_ptr<EngineOutputData> frame =
+                boost::dynamic_pointer_cast<EngineOutputData>(record);
+            if (frame) return frame;
+        }
+    }
+}
+
+void EngineOutputDataTcpClient::setMaxRecordSize(unsigned int max_record_size) {
+    EOD_REQUIRE(max_record_size >= Serializable::minHeaderBytes() &&
+                    max_record_size <= kLargestMaxRecordSize,
+                "max_record_size out of range");
+    _max_record_size = max_record_size;
+}
+
+void EngineOutputDataTcpClient::clearBuffer() {
+    _buffer.clear();
+    _read_pos = 0;
+}
+
+void EngineOutputDataTcpClient::checkRecordSize() {
+    const std::size_t available = detail::bytesRemaining(_buffer, _read_pos);
+    if (available < Serializable::minHeaderBytes()) return;
+    int p = _read_pos + 1;
+    unsigned long long header_bytes = Serializable::minHeaderBytes();
+    unsigned long long data_size = detail::readNumber<std::uint16_t>(_buffer, p);
+    if (data_size == Serializable::extendedHeaderSizeMagicCookie()) {
+        header_bytes += 4;
+        if (available < header_bytes) return;
+        data_size = detail::readNumber<std::uint32_t>(_buffer, p);
+    }
+    const unsigned long long record_size = header_bytes + data_size;
+    if (record_size <= _max_record_size) return;
+    clearBuffer();
+    throw SerializableError(
+        "EngineOutputDataTcpClient::receive - record of " + std::to_string(record_size) +
+        " bytes exceeds the maximum record size of " + std::to_string(_max_record_size) + " bytes");
+}
+
+}  // namespace io
+}  // namespace eod
+}  // namespace tq

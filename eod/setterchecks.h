@@ -1,0 +1,28 @@
+#ifndef EOD_SETTERCHECKS_H
+#define EOD_SETTERCHECKS_H
+
+// Checks shared by the record setters.
+
+#include <eod/engineoutputbase.h>
+
+#include "eod/usageerror.h"
+
+namespace tq {
+namespace eod {
+namespace detail {
+
+// 0..1 inclusive. Callers pass floats widened to double, so no rounding stretches the range;
+// NaN fails both comparisons.
+inline bool inUnitRange(double value) { return value >= 0.0 && value <= 1.0; }
+
+}  // namespace detail
+}  // namespace eod
+}  // namespace tq
+
+// A per-eye pair holds RIGHT_EYE and LEFT_EYE only. A macro, so that the usage error names
+// the calling module and line.
+#define EOD_REQUIRE_SINGLE_EYE(eye_id)                                                \
+    EOD_REQUIRE((eye_id) == ::tq::eod::RIGHT_EYE || (eye_id) == ::tq::eod::LEFT_EYE, \
+                "eye_id neither LEFT_EYE nor RIGHT_EYE")
+
+#endif
