@@ -12,7 +12,10 @@
 #include <vector>
 
 #include <boost/make_shared.hpp>
+#include <fcntl.h>
+#include <pty.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <eod/eod.h>
 
@@ -75,18 +78,91 @@ boost::shared_ptr<FaceSetOutputData> faceSet() {
     return set;
 }
 
-// A frame as the engine sends it: a face set with face, texture and image, an image
-// collection, and compressed-stream tokens.
+boost::shared_ptr<EyeOutputData> eyes() {
+    auto gaze = boost::make_shared<GazeOutputData>();
+    gaze->setGazeCalibrated(true);
+    gaze->setGazeRotationPitchYaw(RIGHT_EYE, {0.1f, -0.2f});
+    auto pupils = boost::make_shared<PupilOutputData>();
+    pupils->setPupilDiameter(LEFT_EYE, 0.004f);
+    auto closure = boost::make_shared<EyeClosureOutputData>();
+    closure->setPerclos(0.25f);
+    auto eye = boost::make_shared<EyeOutputData>();
+    eye->addSubObject(gaze);
+    eye->addSubObject(pupils);
+    eye->addSubObject(closure);
+    return eye;
+}
+
+boost::shared_ptr<WorldOutputDataV2> world() {
+    auto world = boost::make_shared<WorldOutputDataV2>();
+    world->addSubObject(boost::make_shared<GazeIntersectionOutputDataV3>());
+    for (EyeId eye : {RIGHT_EYE, LEFT_EYE}) {
+        auto per_eye = boost::make_shared<GazeIntersectionOutputDataV4>();
+        per_eye->setEyeId(eye);
+        world->addSubObject(per_eye);
+    }
+    world->addSubObject(boost::make_shared<HeadIntersectionOutputDataV2>());
+    return world;
+}
+
+boost::shared_ptr<FeatureSetsByCamera> features() {
+    auto pupil = boost::make_shared<FeaturePoint>(FeaturePoint::RIGHT_PUPIL_ID);
+    pupil->setPosition(0.5f, 0.25f);
+    auto face = boost::make_shared<FeatureRect>(FeatureRect::FACE_RECT_ID);
+    face->setRect(0.3f, 0.2f, 0.4f, 0.5f);
+    auto set = boost::make_shared<FeatureSet>(FeatureSet::FEATURE_SET_CAM_A_ID);
+    set->addSubObject(pupil);
+    set->addSubObject(face);
+    auto by_camera = boost::make_shared<FeatureSetsByCamera>();
+    by_camera->addSubObject(set);
+    return by_camera;
+}
+
+// A frame as the engine sends it: a face set with head, face (texture and image) and eye
+// records, world intersections, features, images, vehicle and timing records, and
+// compressed-stream tokens.
 EngineOutputData typicalFrame(unsigned int frame_num) {
     EngineOutputData frame;
     frame.setFrameNum(frame_num);
     frame.addSubObject(faceSet());
+    auto head = addHeadOutputDataIfMissing(frame);
+    head->setTrackingState(true);
+    head->setHeadPosition({0.05, -0.02, 0.65});
+    addFaceSetOutputDataIfMissing(frame)->addSubObject(eyes());
+    frame.addSubObject(world());
+    frame.addSubObject(features());
     auto images = boost::make_shared<ImageCollectionOutputData>();
     images->addImage(smallImage("camera A"));
     images->addImage(smallImage("camera B"));
     frame.addSubObject(images);
+    addTimingOutputDataIfMissing(frame)->setExperimentTime(12.5 + frame_num);
+    addEngineStateOutputDataIfMissing(frame)->setState(1);
+    addInertiaOutputDataIfMissing(frame)->setAccelZ(9.81f);
+    auto gps = boost::make_shared<GPSOutputDataV2>();
+    gps->setDataValid(true);
+    gps->setSpeed(13.5f);
+    frame.addSubObject(gps);
+    auto events = boost::make_shared<CustomEventOutputData>();
+    events->setFlag(3, true);
+    frame.addSubObject(events);
     frame.addSubObject(boost::make_shared<CompressedSerializableToken>(3));
     frame.addSubObject(boost::make_shared<CompressedSerializableToken>(4));
+    return frame;
+}
+
+// A frame of the first record generations, as older engines wrote them.
+EngineOutputData olderFrame(unsigned int frame_num) {
+    EngineOutputData frame;
+    frame.setFrameNum(frame_num);
+    frame.addSubObject(boost::make_shared<HeadOutputData>());
+    frame.addSubObject(boost::make_shared<FaceOutputData>());
+    auto world = boost::make_shared<WorldOutputData>();
+    world->addSubObject(boost::make_shared<GazeIntersectionOutputDataV1>());
+    world->addSubObject(boost::make_shared<HeadIntersectionOutputDataV1>());
+    frame.addSubObject(world);
+    frame.addSubObject(boost::make_shared<GPSOutputData>());
+    frame.addSubObject(boost::make_shared<HeadTrackerStateOutputData>());
+    frame.addSubObject(boost::make_shared<IRPodStateOutputData>());
     return frame;
 }
 
@@ -105,6 +181,7 @@ void writeRecordSeeds(const std::string& dir) {
     const Bytes frame = eodfuzz::encode(typicalFrame(1000));
     writeSeed(dir, "frame", frame);
     writeSeed(dir, "frames", concat({frame, eodfuzz::encode(typicalFrame(1001))}));
+    writeSeed(dir, "older-frame", eodfuzz::encode(olderFrame(7)));
     const Bytes unknown = {50, 0, 2, 0xAB, 0xCD};
     writeSeed(dir, "unknown-then-frame", concat({unknown, frame}));
     writeSeed(dir, "frame-cut-in-header", prefix(frame, 2));
@@ -114,6 +191,54 @@ void writeRecordSeeds(const std::string& dir) {
         writeSeed(dir, "default-" + std::to_string(int(record[0])), record);
     }
     writeSeed(dir, "compressed", eodfuzz::encode(CompressedSerializable(Bytes{1, 2, 3})));
+}
+
+// A TCP stream: the first byte picks where the cycle of chunk sizes starts.
+void writeStreamSeeds(const std::string& dir) {
+    const Bytes frame = eodfuzz::encode(typicalFrame(1000));
+    const Bytes older = eodfuzz::encode(olderFrame(1001));
+    const Bytes other = eodfuzz::encode(TimingOutputData());
+    writeSeed(dir, "frames-from-1-byte-chunk", concat({{0}, frame, older}));
+    writeSeed(dir, "mixed-from-32-byte-chunk", concat({{6}, frame, other, older, prefix(frame, 40)}));
+    writeSeed(dir, "unknown-from-1024-byte-chunk", concat({{7}, {50, 0, 1, 9}, frame}));
+}
+
+// The bytes SerialPort::sendDatagram puts on the line for each payload, read from the other
+// side of a pseudo-terminal.
+Bytes onTheLine(const std::vector<Bytes>& payloads) {
+    int master = -1;
+    int slave = -1;
+    char name[128];
+    if (::openpty(&master, &slave, name, nullptr, nullptr) != 0) {
+        std::cerr << "openpty failed\n";
+        std::exit(1);
+    }
+    Bytes line;
+    {
+        io::SerialPort port(name, io::BAUD_115200, false);
+        port.open(true, 0);
+        for (const Bytes& payload : payloads) port.sendDatagram(payload);
+        ::fcntl(master, F_SETFL, O_NONBLOCK);
+        unsigned char chunk[4096];
+        ssize_t n = 0;
+        while ((n = ::read(master, chunk, sizeof chunk)) > 0) line.insert(line.end(), chunk, chunk + n);
+    }
+    ::close(slave);
+    ::close(master);
+    return line;
+}
+
+void writeSerialSeeds(const std::string& dir) {
+    const Bytes frame = eodfuzz::encode(typicalFrame(1000));
+    const Bytes stuffed = {0xAA, 0x55, 0x01, 0xAA, 0xAA, 0x00};
+    writeSeed(dir, "frame", onTheLine({frame}));
+    writeSeed(dir, "three-datagrams", onTheLine({stuffed, Bytes(), {1, 2, 3}}));
+    Bytes bad_crc = onTheLine({{1, 2, 3, 4}});
+    bad_crc[bad_crc.size() - 3] ^= 0x01;
+    writeSeed(dir, "bad-crc-then-datagram", concat({bad_crc, onTheLine({stuffed})}));
+    writeSeed(dir, "noise-then-datagram", concat({{0x00, 0xAA, 0xAA, 0x55, 0x17}, onTheLine({stuffed})}));
+    const Bytes line = onTheLine({frame});
+    writeSeed(dir, "frame-cut-short", prefix(line, line.size() / 2));
 }
 
 }  // namespace
@@ -127,5 +252,7 @@ int main(int argc, char** argv) {
     ::mkdir(root.c_str(), 0755);
     writeRecordSeeds(root + "/factory_fuzz");
     writeRecordSeeds(root + "/unserialize_fuzz");
+    writeStreamSeeds(root + "/tcpclient_fuzz");
+    writeSerialSeeds(root + "/serialport_fuzz");
     return 0;
 }
