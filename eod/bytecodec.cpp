@@ -1,6 +1,7 @@
 #include "eod/bytecodec.h"
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 
 #include <eod/serializableerror.h>
@@ -13,6 +14,7 @@ namespace detail {
 
 void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes) {
     EOD_REQUIRE(read_pos >= 0, "read_pos is negative");
+    assert(num_bytes > 0);
     // Widened so that a position near INT_MAX cannot wrap round.
     if (static_cast<long long>(read_pos) + num_bytes > static_cast<long long>(buffer.size())) {
         throw SerializableError("Serializable::checkReadPos() - Attempt to read past end of buffer.");

@@ -39,6 +39,17 @@ inline void appendU64(Bytes& out, std::uint64_t v) {
     appendU32(out, static_cast<std::uint32_t>(v));
 }
 
+// Overwrite bytes already in a buffer, for size fields filled in after the data.
+inline void storeU16(unsigned char* p, std::uint16_t v) {
+    p[0] = static_cast<unsigned char>(v >> 8);
+    p[1] = static_cast<unsigned char>(v);
+}
+
+inline void storeU32(unsigned char* p, std::uint32_t v) {
+    storeU16(p, static_cast<std::uint16_t>(v >> 16));
+    storeU16(p + 2, static_cast<std::uint16_t>(v));
+}
+
 inline std::uint16_t loadU16(const unsigned char* p) {
     return static_cast<std::uint16_t>((p[0] << 8) | p[1]);
 }
@@ -50,6 +61,26 @@ inline std::uint32_t loadU32(const unsigned char* p) {
 
 inline std::uint64_t loadU64(const unsigned char* p) {
     return (std::uint64_t(loadU32(p)) << 32) | loadU32(p + 4);
+}
+
+// Little-endian 32-bit values, least significant byte first. Only the frame that the zlib
+// record stream puts around each record uses them; records themselves stay big-endian.
+inline void storeU32LE(unsigned char* p, std::uint32_t v) {
+    p[0] = static_cast<unsigned char>(v);
+    p[1] = static_cast<unsigned char>(v >> 8);
+    p[2] = static_cast<unsigned char>(v >> 16);
+    p[3] = static_cast<unsigned char>(v >> 24);
+}
+
+inline void appendU32LE(Bytes& out, std::uint32_t v) {
+    unsigned char b[4];
+    storeU32LE(b, v);
+    out.insert(out.end(), b, b + 4);
+}
+
+inline std::uint32_t loadU32LE(const unsigned char* p) {
+    return std::uint32_t(p[0]) | (std::uint32_t(p[1]) << 8) | (std::uint32_t(p[2]) << 16) |
+           (std::uint32_t(p[3]) << 24);
 }
 
 // Throws std::invalid_argument for a negative position and SerializableError

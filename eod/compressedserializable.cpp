@@ -8,6 +8,7 @@
 namespace tq {
 namespace eod {
 
+
 unsigned int CompressedSerializable::numDataBytes() const {
     return static_cast<unsigned int>(_payload.size()) + 4;
 }

@@ -6,6 +6,7 @@
 namespace tq {
 namespace eod {
 
+
 CompressedSerializableToken* CompressedSerializableToken::clone() const {
     return new CompressedSerializableToken(*this);
 }

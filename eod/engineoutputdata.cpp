@@ -21,6 +21,7 @@
 namespace tq {
 namespace eod {
 
+
 EngineOutputData::~EngineOutputData() = default;
 
 EngineOutputData* EngineOutputData::clone() const { return new EngineOutputData(*this); }

@@ -17,13 +17,12 @@ namespace {
 // Records read from bytes nest (a frame holds face sets, which hold eye records, ...).
 // Hostile bytes could nest them deeply enough to exhaust the stack; real records nest a
 // handful of levels.
-const int kMaxNestingDepth = 64;
-thread_local int t_nesting_depth = 0;
+thread_local unsigned int t_nesting_depth = 0;
 
 class NestingGuard {
 public:
     NestingGuard() {
-        if (++t_nesting_depth > kMaxNestingDepth) {
+        if (++t_nesting_depth > Serializable::MAX_NESTING_DEPTH) {
             --t_nesting_depth;
             throw SerializableError("Serializable::unSerialize() - records nested too deeply.");
         }
@@ -52,40 +51,74 @@ unsigned int Serializable::numTotalBytes() const {
     return numHeaderBytes(data_size) + data_size;
 }
 
+namespace {
+
+// True while the data of a record shorter than 65535 bytes is being written on this thread.
+// Its sub-records are then short too and are written without being sized first. It is read
+// for every record written; the initial-exec model makes that a plain load instead of a
+// call into the dynamic linker (one byte, well within what glibc keeps for it).
+__attribute__((tls_model("initial-exec"))) thread_local bool inside_short_record = false;
+
+class ShortRecordScope {
+public:
+    explicit ShortRecordScope(bool is_short) : _saved(inside_short_record) {
+        inside_short_record = is_short;
+    }
+    ~ShortRecordScope() { inside_short_record = _saved; }
+    ShortRecordScope(const ShortRecordScope&) = delete;
+    ShortRecordScope& operator=(const ShortRecordScope&) = delete;
+
+private:
+    bool _saved;
+};
+
+}  // namespace
+
 void Serializable::serialize(std::vector<unsigned char>& buffer) const {
     if (!serializeEnabled()) {
         throw SerializableError("Serializable::serialize() - trying to serialize invalid object.");
     }
-    const std::size_t required = buffer.size() + numTotalBytes();
+    const unsigned int data_size = numDataBytes();
+    const std::size_t required = buffer.size() + numHeaderBytes(data_size) + data_size;
     buffer.reserve(required);
-    appendRecord(buffer);
+    appendRecord(buffer, extendedHeaderSize(data_size));
     assert(buffer.size() == required && "numTotalBytes does not match what has been appended!!");
     (void)required;
 }
 
 void Serializable::appendRecord(std::vector<unsigned char>& buffer) const {
+    // Sizing a record walks all its sub-records, so sizing at every level would cost each
+    // byte once per level of nesting. Only a sub-record of a long record can itself be long.
+    appendRecord(buffer, !inside_short_record && extendedHeaderSize(numDataBytes()));
+}
+
+void Serializable::appendRecord(std::vector<unsigned char>& buffer, bool long_header) const {
     const std::size_t header_pos = buffer.size();
     detail::appendNumber(buffer, objectID());
     detail::appendU16(buffer, 0);
+    if (long_header) detail::appendU32(buffer, 0);
     const std::size_t data_pos = buffer.size();
-    appendBuffer(buffer);
+    {
+        const ShortRecordScope scope(!long_header);
+        appendBuffer(buffer);
+    }
+    // The size field is filled in after the data, so a short record is never sized.
     const std::size_t data_size = buffer.size() - data_pos;
-    if (extendedHeaderSize(static_cast<unsigned int>(data_size))) {
-        // Rare (images and the like): open up the four bytes of the extended size field.
-        // The caller reserved the full size, so this moves bytes but does not reallocate.
-        const unsigned char extended[4] = {0, 0, 0, 0};
-        buffer.insert(buffer.begin() + static_cast<std::ptrdiff_t>(data_pos), extended,
-                      extended + 4);
-        buffer[header_pos + 1] = 0xFF;
-        buffer[header_pos + 2] = 0xFF;
-        const std::uint32_t n = static_cast<std::uint32_t>(data_size);
-        buffer[data_pos + 0] = static_cast<unsigned char>(n >> 24);
-        buffer[data_pos + 1] = static_cast<unsigned char>(n >> 16);
-        buffer[data_pos + 2] = static_cast<unsigned char>(n >> 8);
-        buffer[data_pos + 3] = static_cast<unsigned char>(n);
+    if (long_header) {
+        detail::storeU16(&buffer[header_pos + 1],
+                         static_cast<std::uint16_t>(extendedHeaderSizeMagicCookie()));
+        detail::storeU32(&buffer[data_pos - 4], static_cast<std::uint32_t>(data_size));
+    } else if (extendedHeaderSize(static_cast<unsigned int>(data_size))) {
+        // Only a record whose numDataBytes() disagrees with what it appends gets here: open
+        // up the extended size field behind the data so that the bytes are still valid.
+        const unsigned char size_field[4] = {0, 0, 0, 0};
+        buffer.insert(buffer.begin() + static_cast<std::ptrdiff_t>(data_pos), size_field,
+                      size_field + 4);
+        detail::storeU16(&buffer[header_pos + 1],
+                         static_cast<std::uint16_t>(extendedHeaderSizeMagicCookie()));
+        detail::storeU32(&buffer[data_pos], static_cast<std::uint32_t>(data_size));
     } else {
-        buffer[header_pos + 1] = static_cast<unsigned char>(data_size >> 8);
-        buffer[header_pos + 2] = static_cast<unsigned char>(data_size);
+        detail::storeU16(&buffer[header_pos + 1], static_cast<std::uint16_t>(data_size));
     }
 }
 
@@ -200,6 +233,10 @@ void Serializable::readBuffer(const std::vector<unsigned char>& buffer, int& rea
 }
 
 void Serializable::appendBuffer(std::vector<unsigned char>& buffer, const std::string& value) {
+    detail::appendString(buffer, value);
+}
+
+void Serializable::appendBuffer(std::vector<unsigned char>& buffer, const char* value) {
     detail::appendString(buffer, value);
 }
 

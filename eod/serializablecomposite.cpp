@@ -234,7 +234,7 @@ void SerializableComposite::readFromBuffer(const std::vector<unsigned char>& buf
 void SerializableComposite::readFromBufferWithStatus(const std::vector<unsigned char>& buffer,
                                                      int& read_pos, unsigned int& status) {
     try {
-        const unsigned int count = readOwnDataAndCount(buffer, read_pos);
+            const unsigned int count = readOwnDataAndCount(buffer, read_pos);
         for (unsigned int i = 0; i < count; ++i) {
             unsigned int sub_status = 0;
             boost::shared_ptr<Serializable> object =

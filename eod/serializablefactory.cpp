@@ -82,6 +82,7 @@ enum class StreamRead {
     size_failed,
     skip_failed,
     data_failed,
+    data_exception,
     unknown_skipped,
 };
 
@@ -93,49 +94,65 @@ struct StreamRecord {
 
 StreamRecord readStreamRecord(std::istream& stream, unsigned int& status) {
     StreamRecord r;
-    if (stream.peek() == std::char_traits<char>::eof()) {
-        r.outcome = StreamRead::end_of_file;
-        return r;
-    }
-    char id = 0;
-    if (!stream.get(id)) {
-        r.outcome = StreamRead::id_failed;
-        return r;
-    }
-    unsigned char size_bytes[4];
-    if (!stream.read(reinterpret_cast<char*>(size_bytes), 2)) {
-        r.outcome = StreamRead::size_failed;
-        return r;
-    }
-    unsigned int size = detail::loadU16(size_bytes);
-    if (size == Serializable::extendedHeaderSizeMagicCookie()) {
-        if (!stream.read(reinterpret_cast<char*>(size_bytes), 4)) {
+    // A stream whose exceptions() are set throws from the step under way; that step counts
+    // as failed, so the status form never throws. on_throw names the step.
+    StreamRead on_throw = StreamRead::end_of_file;
+    try {
+        if (stream.peek() == std::char_traits<char>::eof()) {
+            r.outcome = StreamRead::end_of_file;
+            return r;
+        }
+        on_throw = StreamRead::id_failed;
+        char id = 0;
+        if (!stream.get(id)) {
+            r.outcome = StreamRead::id_failed;
+            return r;
+        }
+        on_throw = StreamRead::size_failed;
+        unsigned char size_bytes[4];
+        if (!stream.read(reinterpret_cast<char*>(size_bytes), 2)) {
             r.outcome = StreamRead::size_failed;
             return r;
         }
-        size = detail::loadU32(size_bytes);
-    }
-    r.object = SerializableFactory::newObjectWithStatus(id, status);
-    if (!r.object) {
-        stream.ignore(static_cast<std::streamsize>(size));
-        r.outcome = stream.bad() || (stream.fail() && !stream.eof()) ? StreamRead::skip_failed
-                                                                   : StreamRead::unknown_skipped;
-        return r;
-    }
-    Serializable::writeHeader(r.bytes, id, size);
-    std::size_t remaining = size;
-    while (remaining > 0) {
-        const std::size_t step = std::min(remaining, kStreamReadStep);
-        const std::size_t old_size = r.bytes.size();
-        r.bytes.resize(old_size + step);
-        stream.read(reinterpret_cast<char*>(r.bytes.data() + old_size),
-                    static_cast<std::streamsize>(step));
-        if (static_cast<std::size_t>(stream.gcount()) != step) {
-            r.object.reset();
-            r.outcome = StreamRead::data_failed;
+        unsigned int size = detail::loadU16(size_bytes);
+        if (size == Serializable::extendedHeaderSizeMagicCookie()) {
+            if (!stream.read(reinterpret_cast<char*>(size_bytes), 4)) {
+                r.outcome = StreamRead::size_failed;
+                return r;
+            }
+            size = detail::loadU32(size_bytes);
+        }
+        r.object = SerializableFactory::newObjectWithStatus(id, status);
+        if (!r.object) {
+            // Running into the end of the stream while skipping is not an error.
+            on_throw = StreamRead::skip_failed;
+            stream.ignore(static_cast<std::streamsize>(size));
+            r.outcome = stream.bad() || (stream.fail() && !stream.eof())
+                            ? StreamRead::skip_failed
+                            : StreamRead::unknown_skipped;
             return r;
         }
-        remaining -= step;
+        on_throw = StreamRead::data_exception;
+        Serializable::writeHeader(r.bytes, id, size);
+        std::size_t remaining = size;
+        while (remaining > 0) {
+            const std::size_t step = std::min(remaining, kStreamReadStep);
+            const std::size_t old_size = r.bytes.size();
+            r.bytes.resize(old_size + step);
+            stream.read(reinterpret_cast<char*>(r.bytes.data() + old_size),
+                        static_cast<std::streamsize>(step));
+            if (static_cast<std::size_t>(stream.gcount()) != step) {
+                r.object.reset();
+                r.outcome = StreamRead::data_failed;
+                return r;
+            }
+            remaining -= step;
+        }
+    } catch (...) {
+        r.object.reset();
+        r.outcome = on_throw == StreamRead::skip_failed && !stream.bad()
+                        ? StreamRead::unknown_skipped
+                        : on_throw;
     }
     return r;
 }
@@ -255,19 +272,22 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& str
         case StreamRead::data_failed:
             throw SerializableError(
                 "An error occurred when trying to read object data from the stream");
+        case StreamRead::data_exception:
+            throw SerializableError(
+                "An exception occurred when trying to read object data from the stream");
         case StreamRead::unknown_skipped:
             return boost::shared_ptr<Serializable>();
         case StreamRead::ok:
             break;
     }
+    // The buffer holds the whole record, so a failure here is the record rejecting its bytes.
     int read_pos = 0;
     bool complete = false;
     try {
         complete = r.object->unSerialize(r.bytes, read_pos);
     } catch (...) {
-        throw SerializableError("An exception occurred when trying to read object data from the stream");
     }
-    if (!complete || read_pos != static_cast<int>(r.bytes.size())) {
+    if (!complete) {
         throw SerializableError("An error occured when unserializing bytes read from the stream");
     }
     return r.object;

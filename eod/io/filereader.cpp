@@ -42,7 +42,10 @@ boost::shared_ptr<Serializable> FileReader::read(unsigned int& status) {
 }
 
 unsigned int FileReader::position() const {
-    const std::streamoff pos = _stream.tellg();
+    // Asked of the file buffer, not through tellg(): once atEnd() has peeked at the end of
+    // the file the stream's eofbit is set and tellg() reports -1 (and sets failbit).
+    const std::streamoff pos =
+        _stream.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in);
     return pos < 0 ? 0 : static_cast<unsigned int>(pos);
 }
 

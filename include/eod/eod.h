@@ -73,6 +73,16 @@
 #include <eod/io/tcpendpoint.h>
 #include <eod/io/tcpsocket.h>
 
+#include <eod/io/decoderdata.h>
+#include <eod/io/engineoutputdatafileerror.h>
+#include <eod/io/engineoutputdatafilereader.h>
+#include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/serializablecompressordecoder.h>
+#include <eod/io/serializablecompressorencoder.h>
+#include <eod/io/zlibcodec.h>
+#include <eod/io/zlibcodecimpl.h>
+#include <eod/io/zlibdecoder.h>
+#include <eod/io/zlibencoder.h>
 #include <eod/utils/geomutils.h>
 #include <eod/utils/geomutilserror.h>
 

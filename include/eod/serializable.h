@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace tq {
@@ -40,6 +41,11 @@ public:
     static constexpr unsigned int STATUS_UNKNOWN_OBJECT_ID = 1;
     static constexpr unsigned int STATUS_NOT_ENOUGH_DATA = 4;
     static constexpr unsigned int STATUS_UNDECODABLE = 8;
+
+    // Records read from bytes may nest at most this deep (a frame holding a face set holding
+    // an eye record is three levels); deeper bytes are refused as undecodable rather than
+    // allowed to exhaust the stack.
+    static constexpr unsigned int MAX_NESTING_DEPTH = 64;
 
     Serializable() = default;
     Serializable(const Serializable&) = default;
@@ -110,11 +116,16 @@ protected:
     static void appendBuffer(std::vector<unsigned char>& buffer, const std::string& value);
     static void readBuffer(const std::vector<unsigned char>& buffer, int& read_pos,
                            std::string& value);
+    // A literal is a terminated string. Any other pointer is refused at compile time: it would
+    // otherwise be taken as a number (its address) or converted to bool.
+    static void appendBuffer(std::vector<unsigned char>& buffer, const char* value);
     template <class T>
+    static void appendBuffer(std::vector<unsigned char>& buffer, T* value) = delete;
+    template <class T, class = std::enable_if_t<std::is_arithmetic<T>::value>>
     static void appendBuffer(std::vector<unsigned char>& buffer, T value) {
         appendNBytes(buffer, reinterpret_cast<const char*>(&value), static_cast<int>(sizeof(T)));
     }
-    template <class T>
+    template <class T, class = std::enable_if_t<std::is_arithmetic<T>::value>>
     static void readBuffer(const std::vector<unsigned char>& buffer, int& read_pos, T& value) {
         readNBytes(buffer, read_pos, reinterpret_cast<char*>(&value), static_cast<int>(sizeof(T)));
     }
@@ -126,10 +137,11 @@ protected:
 private:
     friend class SerializableComposite;
 
-    // Header and data without the size pre-computation of serialize(): the size field is
-    // filled in after the data is written, so nested composites are sized once, not once
-    // per level.
+    // Header and data of a sub-record. The size field is filled in after the data is
+    // written, so a sub-record is sized beforehand only when its parent is 65535 bytes or
+    // longer (it may then need the long header); nested records are not sized once per level.
     void appendRecord(std::vector<unsigned char>& buffer) const;
+    void appendRecord(std::vector<unsigned char>& buffer, bool long_header) const;
 
     static void appendNBytes(std::vector<unsigned char>& buffer, const char* bytes, int num_bytes);
     static void readNBytes(const std::vector<unsigned char>& buffer, int& read_pos, char* bytes,

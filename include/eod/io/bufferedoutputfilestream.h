@@ -20,9 +20,10 @@ namespace io {
 //
 // The buffer is installed before the file is opened, because the standard library here
 // honours a stream buffer only on a stream that is not open. setBufferSize on an open
-// stream flushes and keeps the current buffer in use; the new size takes effect at the
-// next open. The destructor closes the stream before it frees the buffer, so the final
-// flush never touches released memory.
+// stream only flushes and records the size (bufferSize() reports it): the buffer in use
+// stays, also across close() and open(), until setBufferSize is called on a closed stream.
+// The destructor closes the stream before it frees the buffer, so the final flush never
+// touches released memory.
 class BufferedOutputFileStream : public std::ofstream {
 public:
     BufferedOutputFileStream(const std::string& path, std::ios_base::openmode mode,

@@ -1,0 +1,118 @@
+#ifndef EOD_IO_ENGINEOUTPUTDATAFILEREADER_H
+#define EOD_IO_ENGINEOUTPUTDATAFILEREADER_H
+
+// Replays a recording of per-object log files (see engineoutputdatafilewriter.h): reads the
+// files side by side and rebuilds one EngineOutputData per frame number by merging the
+// sub-objects of the records that carry that number. Frames come out in ascending frame
+// number as long as each file is in ascending order, as the writer leaves it.
+//
+// Memory: each open file holds at most one decoded record (the next one not yet merged),
+// so a replay of any length runs in constant memory.
+//
+// Finding the files of a directory (openFiles): every entry whose name ends in ".tql" and
+// that is not a directory, in ascending order of name, so that a replay is reproducible
+// (the order decides the order in which sub-objects of one id and frame are added). The
+// paths are <directory>/<name>: a "/" is appended to a non-empty directory even when it
+// already ends in one, so "logs/" yields "logs//Head.tql"; the file system accepts both.
+// The errors (EngineOutputDataFileError), by condition:
+// - the directory's status cannot be read at all (a symbolic-link loop, a name that is too
+//   long, no search permission on a parent):
+//   "EngineOutputDataFileReader::logFilesInDir - not a valid directory: <directory>"
+// - the directory cannot be listed: a missing directory (error 2, ENOENT), a plain file
+//   (error 20, ENOTDIR), no read permission (error 13, EACCES):
+//   "EngineOutputDataFileReader::logFilesInDir -  FindFirstFile failed with error code <n>"
+// - a directory without log files:
+//   "EngineOutputDataFileReader::logFilesInDir - No logfiles found in <directory>/"
+// - listing fails part way: "EngineOutputDataFileReader::logFilesInDir - FindNextFile failed
+//   with error code <n>"
+// <n> is the system's error number (errno).
+
+#include <eod/engineoutputdata.h>
+#include <eod/io/engineoutputdatafileerror.h>
+#include <eod/io/filereader.h>
+
+#include <boost/shared_ptr.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tq {
+namespace eod {
+namespace io {
+
+class EngineOutputDataFileReader {
+  public:
+    // One open log file and the next frame of it not yet merged.
+    class EngineOutputDataStream {
+      public:
+        // EngineOutputDataFileError "EngineOutputDataFileReader::openFiles - could not open
+        // file <path>" when the file cannot be opened.
+        explicit EngineOutputDataStream(const std::wstring& path);
+
+        // The next unmerged record of the file, read when none is cached; null at the end of
+        // the file. A record that is not a complete EngineOutputData (a file cut off inside
+        // a record, garbage, another record type) throws EngineOutputDataFileError
+        // "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: <path>": the
+        // established text with the file's path appended, since a replay reads many files. The
+        // bad record is passed over: a later call reads on after it, and a file cut off
+        // counts as ended.
+        const boost::shared_ptr<EngineOutputData>& current();
+        void advance() { _current.reset(); }
+        const std::wstring& path() const { return _path; }
+
+      private:
+        std::wstring _path;
+        FileReader _reader;
+        boost::shared_ptr<EngineOutputData> _current;
+    };
+
+    EngineOutputDataFileReader();
+    // Closes the files.
+    ~EngineOutputDataFileReader();
+
+    EngineOutputDataFileReader(const EngineOutputDataFileReader&) = delete;
+    EngineOutputDataFileReader& operator=(const EngineOutputDataFileReader&) = delete;
+
+    // Opens every log file of the directory and merges the sub-objects of every id. Usage
+    // error "files already open"; the directory errors above; EngineOutputDataFileError
+    // "EngineOutputDataFileReader::openFiles - could not open file <path>". Files opened
+    // before a failure stay open: the caller closes.
+    void openFiles(const std::wstring& directory);
+    void openFiles(const std::string& directory);
+    // As above, merging only sub-objects whose id is in mergeIDs; records that hold none
+    // are passed over.
+    void openFiles(const std::vector<char>& mergeIDs, const std::wstring& directory);
+    void openFiles(const std::vector<char>& mergeIDs, const std::string& directory);
+    // Opens one log file, merging every id.
+    void openFile(const std::wstring& path);
+    void openFile(const std::string& path);
+
+    // The next frame: the smallest frame number among the files' next records, holding the
+    // mergeable sub-objects of every record with that number. Null once every file is used
+    // up. Usage error "files are not open". Besides the stream errors above: two records
+    // of one frame with the same object id fail as SerializableComposite::addSubObject
+    // does; a sub-object that is not an EngineOutputBase raises
+    // "EngineOutputDataFileReader::readData() - invalid sub-object".
+    boost::shared_ptr<EngineOutputData> readData();
+    bool endOfData() const;
+    bool areFilesOpen() const { return !_streams.empty(); }
+    void closeFiles();
+
+  private:
+    static std::vector<std::wstring> logFilesInDir(const std::wstring& directory);
+    void openStreams(const std::vector<std::wstring>& paths);
+    bool isMergable(char id) const;
+    void skipNonMergable(EngineOutputDataStream& stream);
+    unsigned int nextMergableFrameNum();
+    bool hasMergableSubObject(const EngineOutputData& data) const;
+    void mergeSubObjects(EngineOutputData& src, EngineOutputData& dst);
+
+    std::vector<char> _merge_ids;
+    std::vector<std::unique_ptr<EngineOutputDataStream>> _streams;
+};
+
+}  // namespace io
+}  // namespace eod
+}  // namespace tq
+
+#endif

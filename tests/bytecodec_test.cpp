@@ -1,0 +1,156 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <limits>
+
+#include "eod/bytecodec.h"
+#include "testsupport.h"
+
+using namespace tq::eod;
+using namespace eodtest;
+
+namespace {
+
+// Known answers for every width, written through the codec and through the field routines
+// that record classes use; each reads back to the same value.
+template <class T>
+void expectNumber(T value, const Bytes& expected) {
+    SCOPED_TRACE(::testing::PrintToString(value));
+    Bytes codec;
+    detail::appendNumber(codec, value);
+    EXPECT_EQ(codec, expected);
+    Bytes routine;
+    TestLeaf::appendBuffer(routine, value);
+    EXPECT_EQ(routine, expected);
+
+    int read_pos = 0;
+    EXPECT_EQ(detail::readNumber<T>(codec, read_pos), value);
+    EXPECT_EQ(read_pos, static_cast<int>(expected.size()));
+    T back{};
+    read_pos = 0;
+    TestLeaf::readBuffer(routine, read_pos, back);
+    EXPECT_EQ(back, value);
+    EXPECT_EQ(read_pos, static_cast<int>(expected.size()));
+}
+
+TEST(ByteCodec, NumbersAreBigEndianBySize) {
+    expectNumber<char>(-1, {0xFF});
+    expectNumber<unsigned char>(0x80, {0x80});
+    expectNumber<signed char>(-128, {0x80});
+    expectNumber<std::uint16_t>(0x0102, {0x01, 0x02});
+    expectNumber<short>(-2, {0xFF, 0xFE});
+    expectNumber<std::uint32_t>(0x01020304, {0x01, 0x02, 0x03, 0x04});
+    expectNumber<int>(-1, {0xFF, 0xFF, 0xFF, 0xFF});
+    expectNumber<int>(1000, {0x00, 0x00, 0x03, 0xE8});
+    expectNumber<float>(1.0f, {0x3F, 0x80, 0x00, 0x00});
+    expectNumber<float>(-2.5f, {0xC0, 0x20, 0x00, 0x00});
+    expectNumber<double>(1.0, {0x3F, 0xF0, 0, 0, 0, 0, 0, 0});
+    expectNumber<double>(-0.0, {0x80, 0, 0, 0, 0, 0, 0, 0});
+    expectNumber<std::uint64_t>(0x0102030405060708ull, {1, 2, 3, 4, 5, 6, 7, 8});
+    expectNumber<std::int64_t>(-2, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE});
+}
+
+TEST(ByteCodec, NaNKeepsItsBitPattern) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    Bytes b;
+    detail::appendNumber(b, nan);
+    int read_pos = 0;
+    const float back = detail::readNumber<float>(b, read_pos);
+    Bytes again;
+    detail::appendNumber(again, back);
+    EXPECT_EQ(again, b);
+}
+
+TEST(ByteCodec, BooleansAreOneByteAndAnyNonZeroIsTrue) {
+    Bytes b;
+    TestLeaf::appendBuffer(b, true);
+    TestLeaf::appendBuffer(b, false);
+    EXPECT_EQ(b, (Bytes{0x01, 0x00}));
+    const Bytes in = {0x00, 0x01, 0x02, 0xFF};
+    const bool expected[] = {false, true, true, true};
+    int read_pos = 0;
+    for (bool e : expected) {
+        bool v = !e;
+        TestLeaf::readBuffer(in, read_pos, v);
+        EXPECT_EQ(v, e);
+    }
+    EXPECT_EQ(read_pos, 4);
+}
+
+TEST(ByteCodec, StringsAreTerminated) {
+    Bytes b;
+    TestLeaf::appendBuffer(b, std::string("ab"));
+    EXPECT_EQ(b, (Bytes{0x61, 0x62, 0x00}));
+    // A literal is a string too, not a pointer to be written as a number.
+    Bytes literal;
+    TestLeaf::appendBuffer(literal, "ab");
+    EXPECT_EQ(literal, (Bytes{0x61, 0x62, 0x00}));
+
+    const Bytes two = {0x61, 0x62, 0x00, 0x00, 0x63};
+    int read_pos = 0;
+    std::string s;
+    TestLeaf::readBuffer(two, read_pos, s);
+    EXPECT_EQ(s, "ab");
+    EXPECT_EQ(read_pos, 3);
+    TestLeaf::readBuffer(two, read_pos, s);
+    EXPECT_EQ(s, "");
+    EXPECT_EQ(read_pos, 4);
+    EXPECT_EQ(serializableError([&] { TestLeaf::readBuffer(two, read_pos, s); }),
+              "Serializable::readBuffer() - Missing terminator for string.");
+    EXPECT_EQ(read_pos, 4);
+
+    read_pos = 0;
+    EXPECT_EQ(serializableError([&] {
+                  TestLeaf::readBuffer(Bytes{0x61, 0x62}, read_pos, s);
+              }),
+              "Serializable::readBuffer() - Missing terminator for string.");
+    read_pos = 9;  // past the end: nothing to search
+    EXPECT_EQ(serializableError([&] { TestLeaf::readBuffer(two, read_pos, s); }),
+              "Serializable::readBuffer() - Missing terminator for string.");
+    read_pos = -1;
+    EXPECT_TRUE(throwsUsageError([&] { TestLeaf::readBuffer(two, read_pos, s); }, "bytecodec",
+                                 "read_pos is negative"));
+}
+
+TEST(ByteCodec, RawBytesAreCopiedAsTheyStand) {
+    Bytes b;
+    const char raw[] = {'\x00', '\xFF', '\x10'};
+    TestLeaf::appendRawBytes(b, raw, 3);
+    EXPECT_EQ(b, (Bytes{0x00, 0xFF, 0x10}));
+    unsigned char out[3] = {};
+    int read_pos = 0;
+    TestLeaf::readRawBytes(b, read_pos, out, 3);
+    EXPECT_EQ(Bytes(out, out + 3), b);
+    EXPECT_EQ(read_pos, 3);
+    read_pos = 1;
+    EXPECT_EQ(serializableError([&] { TestLeaf::readRawBytes(b, read_pos, out, 3); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_EQ(read_pos, 1);
+    EXPECT_TRUE(throwsUsageError([&] { TestLeaf::readRawBytes(b, read_pos, nullptr, 1); },
+                                 "serializable", "array is NULL"));
+}
+
+TEST(ByteCodec, CheckReadPos) {
+    const Bytes b(6);
+    // A 4-byte number 2 bytes before the end.
+    int read_pos = 4;
+    EXPECT_EQ(serializableError([&] { detail::readNumber<int>(b, read_pos); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_EQ(read_pos, 4);
+    // An 8-byte number needs both halves present.
+    read_pos = 0;
+    EXPECT_EQ(serializableError([&] { detail::readNumber<double>(b, read_pos); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    // A position near INT_MAX must not wrap round into the buffer.
+    EXPECT_EQ(serializableError([&] { detail::checkReadPos(b, INT_MAX, 4); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_NO_THROW(detail::checkReadPos(b, 2, 4));
+    EXPECT_TRUE(throwsUsageError([&] { detail::checkReadPos(b, -1, 1); }, "bytecodec",
+                                 "read_pos is negative"));
+    EXPECT_EQ(detail::bytesRemaining(b, 2), 4u);
+    EXPECT_EQ(detail::bytesRemaining(b, 6), 0u);
+    EXPECT_EQ(detail::bytesRemaining(b, 100), 0u);
+}
+
+}  // namespace
