@@ -31,10 +31,7 @@ void note(Reading& reading, const boost::shared_ptr<Serializable>& record) {
         return;
     }
     eodfuzz::checkUsable(*record, true);
-    // A record switched off stands for itself by its id alone.
-    reading.push_back(record->serializeEnabled() ? eodfuzz::encode(*record)
-                                                 : Bytes{static_cast<unsigned char>(
-                                                       record->objectID())});
+    reading.push_back(eodfuzz::fingerprint(*record));
 }
 
 // The status form never throws: every fault is a status bit.

@@ -64,6 +64,13 @@ inline Bytes encode(const tq::eod::Serializable& record) {
     return bytes;
 }
 
+// What a reader produced, for comparing readings: the record's encoding, or for a record
+// switched off (which refuses to encode) its object id alone.
+inline Bytes fingerprint(const tq::eod::Serializable& record) {
+    if (!record.serializeEnabled()) return Bytes{static_cast<unsigned char>(record.objectID())};
+    return encode(record);
+}
+
 // A record in whatever state a reader left it (also after a failed read) prints, clones
 // and, when switched on, encodes to exactly numTotalBytes() bytes. The encoding of a
 // record that a reader accepted decodes through the factory to a record that encodes to

@@ -19,6 +19,7 @@
 
 #include <eod/eod.h>
 
+#include "eod/bytecodec.h"
 #include "fuzz/fuzzing.h"
 
 using namespace tq::eod;
@@ -241,6 +242,74 @@ void writeSerialSeeds(const std::string& dir) {
     writeSeed(dir, "frame-cut-short", prefix(line, line.size() / 2));
 }
 
+// A zlib record stream. First byte 0: the rest is the encoder's output as it stands;
+// first byte 3: the rest is the plain stream of framed records, which the target deflates
+// after fixing the CRCs.
+void writeZlibSeeds(const std::string& dir) {
+    const Bytes frame = eodfuzz::encode(typicalFrame(1000));
+    const Bytes older = eodfuzz::encode(olderFrame(1001));
+    Bytes compressed;
+    io::ZLibEncoder encoder(-1, 0);
+    encoder.encode(typicalFrame(1000), 1, compressed);
+    encoder.encode(olderFrame(1001), 2, compressed);
+    encoder.encode(TimingOutputData(), 3, compressed);
+    encoder.flush(compressed);
+    writeSeed(dir, "encoded", concat({{0}, compressed}));
+    writeSeed(dir, "encoded-cut-short", concat({{0}, prefix(compressed, compressed.size() / 2)}));
+
+    const auto framed = [](unsigned int tag, const Bytes& record) {
+        Bytes f;
+        detail::appendU32LE(f, tag);
+        detail::appendU32LE(f, 0);  // the target fixes the CRC
+        detail::appendU32LE(f, static_cast<unsigned int>(record.size()));
+        f.insert(f.end(), record.begin(), record.end());
+        return f;
+    };
+    const Bytes unknown = {50, 0, 1, 9};
+    writeSeed(dir, "plain-frames",
+              concat({{3}, framed(1, frame), framed(2, Bytes()), framed(3, unknown), framed(4, older)}));
+}
+
+// A recording as the log writer leaves it, packed as the log reader target reads it: flags
+// (number of files - 1, bit 2 to merge only the id in the next byte), that id, then each
+// file as a 2-byte length and its bytes.
+void writeLogSeeds(const std::string& dir) {
+    char tmp[] = "/tmp/eodcorpusXXXXXX";
+    if (::mkdtemp(tmp) == nullptr) {
+        std::cerr << "mkdtemp failed\n";
+        std::exit(1);
+    }
+    const std::vector<char> ids = {TimingOutputData::THIS_OBJECT_ID,
+                                   HeadOutputDataV2::THIS_OBJECT_ID,
+                                   FaceOutputDataV2::THIS_OBJECT_ID,
+                                   EngineStateOutputData::THIS_OBJECT_ID};
+    {
+        io::EngineOutputDataFileWriter writer;
+        writer.newFiles(ids, std::string(tmp), std::string(), 4096);
+        for (unsigned int n = 1; n <= 3; ++n) writer.writeData(typicalFrame(n));
+    }
+    std::vector<Bytes> files;
+    for (char id : ids) {
+        const std::wstring name = io::EngineOutputDataFileWriter::objectIDToFileName(id);
+        const std::string path = std::string(tmp) + "/" + std::string(name.begin(), name.end()) + ".tql";
+        std::ifstream in(path, std::ios::binary);
+        files.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        ::unlink(path.c_str());
+    }
+    ::rmdir(tmp);
+    const auto pack = [](unsigned char flags, char merge_id, const std::vector<Bytes>& parts) {
+        Bytes packed = {flags, static_cast<unsigned char>(merge_id)};
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            if (i + 1 < parts.size()) detail::appendU16(packed, static_cast<std::uint16_t>(parts[i].size()));
+            packed.insert(packed.end(), parts[i].begin(), parts[i].end());
+        }
+        return packed;
+    };
+    writeSeed(dir, "recording", pack(3, 0, files));
+    writeSeed(dir, "recording-head-only", pack(7, HeadOutputDataV2::THIS_OBJECT_ID, files));
+    writeSeed(dir, "timing-cut-short", pack(0, 0, {prefix(files[0], files[0].size() - 3)}));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -254,5 +323,7 @@ int main(int argc, char** argv) {
     writeRecordSeeds(root + "/unserialize_fuzz");
     writeStreamSeeds(root + "/tcpclient_fuzz");
     writeSerialSeeds(root + "/serialport_fuzz");
+    writeZlibSeeds(root + "/zlibdecoder_fuzz");
+    writeLogSeeds(root + "/logfilereader_fuzz");
     return 0;
 }

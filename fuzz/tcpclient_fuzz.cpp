@@ -52,7 +52,7 @@ std::vector<Bytes> framesInStream(const Bytes& stream) {
             break;
         }
         if (record && record->objectID() == EngineOutputData::THIS_OBJECT_ID) {
-            frames.push_back(eodfuzz::encode(*record));
+            frames.push_back(eodfuzz::fingerprint(*record));
         }
     }
     return frames;
@@ -69,7 +69,7 @@ bool drain(EngineOutputDataTcpClient& client, int timeout_ms, std::vector<Bytes>
         }
         if (!frame) return true;
         eodfuzz::checkUsable(*frame, true);
-        frames.push_back(eodfuzz::encode(*frame));
+        frames.push_back(eodfuzz::fingerprint(*frame));
     }
 }
 

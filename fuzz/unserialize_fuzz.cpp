@@ -16,13 +16,12 @@ using eodfuzz::Bytes;
 
 namespace {
 
-// Whether the record accepted the bytes, and then its encoding (empty when switched off).
+// Whether the record accepted the bytes, and then what it holds.
 using Outcome = std::pair<bool, Bytes>;
 
 Outcome outcome(const Serializable& record, bool accepted) {
     eodfuzz::checkUsable(record, accepted);
-    if (!accepted || !record.serializeEnabled()) return Outcome(accepted, Bytes());
-    return Outcome(true, eodfuzz::encode(record));
+    return Outcome(accepted, accepted ? eodfuzz::fingerprint(record) : Bytes());
 }
 
 Outcome readThrowing(Serializable& record, const Bytes& buffer) {
