@@ -167,6 +167,17 @@ EngineOutputData olderFrame(unsigned int frame_num) {
     return frame;
 }
 
+// Frames inside frames, one level deeper than a reader accepts.
+Bytes nestedFrames() {
+    EngineOutputData outer;
+    for (int level = 1; level < 65; ++level) {
+        auto inner = boost::make_shared<EngineOutputData>(outer);
+        outer.clearSubObjects();
+        outer.addSubObject(inner);
+    }
+    return eodfuzz::encode(outer);
+}
+
 // An encoding of every registered class in its default state.
 std::vector<Bytes> defaultRecords() {
     std::vector<Bytes> records;
@@ -183,6 +194,7 @@ void writeRecordSeeds(const std::string& dir) {
     writeSeed(dir, "frame", frame);
     writeSeed(dir, "frames", concat({frame, eodfuzz::encode(typicalFrame(1001))}));
     writeSeed(dir, "older-frame", eodfuzz::encode(olderFrame(7)));
+    writeSeed(dir, "frames-nested-too-deep", nestedFrames());
     const Bytes unknown = {50, 0, 2, 0xAB, 0xCD};
     writeSeed(dir, "unknown-then-frame", concat({unknown, frame}));
     writeSeed(dir, "frame-cut-in-header", prefix(frame, 2));
