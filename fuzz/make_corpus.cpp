@@ -178,6 +178,18 @@ Bytes nestedFrames() {
     return eodfuzz::encode(outer);
 }
 
+// A frame whose image (and so the collection and the frame) needs the extended size field.
+Bytes frameWithLargeImage() {
+    const Bytes pixels(256 * 256, 0x80);
+    auto image = boost::make_shared<ImageOutputData>();
+    image->setNewImage(256, 256, 256, pixels.data(), 1);
+    auto images = boost::make_shared<ImageCollectionOutputData>();
+    images->addImage(image);
+    EngineOutputData frame;
+    frame.addSubObject(images);
+    return eodfuzz::encode(frame);
+}
+
 // An encoding of every registered class in its default state.
 std::vector<Bytes> defaultRecords() {
     std::vector<Bytes> records;
@@ -195,6 +207,7 @@ void writeRecordSeeds(const std::string& dir) {
     writeSeed(dir, "frames", concat({frame, eodfuzz::encode(typicalFrame(1001))}));
     writeSeed(dir, "older-frame", eodfuzz::encode(olderFrame(7)));
     writeSeed(dir, "frames-nested-too-deep", nestedFrames());
+    writeSeed(dir, "frame-with-large-image", frameWithLargeImage());
     const Bytes unknown = {50, 0, 2, 0xAB, 0xCD};
     writeSeed(dir, "unknown-then-frame", concat({unknown, frame}));
     writeSeed(dir, "frame-cut-in-header", prefix(frame, 2));
