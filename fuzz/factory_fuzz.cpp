@@ -2,24 +2,22 @@
 // records back to back from a buffer and from a std::istream, each in the status form and
 // the throwing form. All four readings must agree on the records they produce.
 
+#include <eod/serializableerror.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <sstream>
 #include <string>
 
-#include <eod/serializableerror.h>
-
 #include "fuzz/fuzzing.h"
 
+using eodfuzz::Bytes;
 using tq::eod::Serializable;
 using tq::eod::SerializableError;
 using tq::eod::SerializableFactory;
-using eodfuzz::Bytes;
 
 namespace {
-
-const unsigned int kFailed = Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE;
 
 // What a reading produced: the encodings of the records it built, in order, with an empty
 // entry for each skipped record of unknown id.
@@ -45,7 +43,7 @@ Reading readBufferWithStatus(const Bytes& buffer) {
         const boost::shared_ptr<Serializable> record =
             SerializableFactory::newObjectWithStatus(buffer, pos, status);
         if (!complete) EOD_FUZZ_EXPECT(status & Serializable::STATUS_NOT_ENOUGH_DATA);
-        if (status & kFailed) {
+        if (status & eodfuzz::kRefused) {
             EOD_FUZZ_EXPECT(!record && pos == before);
             break;
         }
@@ -80,7 +78,7 @@ Reading readStreamWithStatus(const std::string& bytes) {
         unsigned int status = 0;
         const boost::shared_ptr<Serializable> record =
             SerializableFactory::newObjectWithStatus(stream, status);
-        if (status & kFailed) {
+        if (status & eodfuzz::kRefused) {
             EOD_FUZZ_EXPECT(!record);
             break;
         }

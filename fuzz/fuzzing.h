@@ -7,28 +7,31 @@
 // to the same bytes, prints and clones. A broken expectation aborts with a message, which
 // libFuzzer reports as a crash with the input that caused it.
 
+#include <eod/eoderror.h>
+#include <eod/serializable.h>
+#include <eod/serializablefactory.h>
+
+#include <boost/shared_ptr.hpp>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
-
-#include <eod/eoderror.h>
-#include <eod/serializable.h>
-#include <eod/serializablefactory.h>
-
 namespace eodfuzz {
 
 using Bytes = std::vector<unsigned char>;
+
+// The status bits with which a reader refuses a record.
+const unsigned int kRefused =
+    tq::eod::Serializable::STATUS_NOT_ENOUGH_DATA | tq::eod::Serializable::STATUS_UNDECODABLE;
 
 [[noreturn]] inline void fail(const char* what) {
     std::fprintf(stderr, "eod fuzz expectation broken: %s\n", what);
     std::abort();
 }
 
-#define EOD_FUZZ_EXPECT(condition) \
-    do {                           \
+#define EOD_FUZZ_EXPECT(condition)                     \
+    do {                                               \
         if (!(condition)) ::eodfuzz::fail(#condition); \
     } while (false)
 

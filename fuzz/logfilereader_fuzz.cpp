@@ -5,6 +5,7 @@
 // in the next byte), that byte, then each file as a 2-byte big-endian length and its bytes
 // (the last file takes whatever is left).
 
+#include <eod/io/engineoutputdatafilereader.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -13,13 +14,11 @@
 #include <fstream>
 #include <string>
 
-#include <eod/io/engineoutputdatafilereader.h>
-
 #include "fuzz/fuzzing.h"
 
+using eodfuzz::Bytes;
 using tq::eod::EngineOutputData;
 using tq::eod::io::EngineOutputDataFileReader;
-using eodfuzz::Bytes;
 
 namespace {
 

@@ -6,18 +6,17 @@
 // record of every registered class, records back to back, and a few truncations. Rerun it
 // and commit the result when a record's encoding changes or a record class is added.
 
-#include <fstream>
-#include <iostream>
-#include <string>
-#include <vector>
-
-#include <boost/make_shared.hpp>
+#include <eod/eod.h>
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <eod/eod.h>
+#include <boost/make_shared.hpp>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <vector>
 
 #include "eod/bytecodec.h"
 #include "fuzz/fuzzing.h"
@@ -30,7 +29,8 @@ namespace {
 void writeSeed(const std::string& dir, const std::string& name, const Bytes& bytes) {
     ::mkdir(dir.c_str(), 0755);
     std::ofstream out(dir + "/" + name, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
     if (!out) {
         std::cerr << "cannot write " << dir << "/" << name << '\n';
         std::exit(1);
@@ -225,7 +225,8 @@ void writeStreamSeeds(const std::string& dir) {
     const Bytes older = eodfuzz::encode(olderFrame(1001));
     const Bytes other = eodfuzz::encode(TimingOutputData());
     writeSeed(dir, "frames-from-1-byte-chunk", concat({{0}, frame, older}));
-    writeSeed(dir, "mixed-from-32-byte-chunk", concat({{6}, frame, other, older, prefix(frame, 40)}));
+    writeSeed(dir, "mixed-from-32-byte-chunk",
+              concat({{6}, frame, other, older, prefix(frame, 40)}));
     writeSeed(dir, "unknown-from-1024-byte-chunk", concat({{7}, {50, 0, 1, 9}, frame}));
 }
 
@@ -247,7 +248,8 @@ Bytes onTheLine(const std::vector<Bytes>& payloads) {
         ::fcntl(master, F_SETFL, O_NONBLOCK);
         unsigned char chunk[4096];
         ssize_t n = 0;
-        while ((n = ::read(master, chunk, sizeof chunk)) > 0) line.insert(line.end(), chunk, chunk + n);
+        while ((n = ::read(master, chunk, sizeof chunk)) > 0)
+            line.insert(line.end(), chunk, chunk + n);
     }
     ::close(slave);
     ::close(master);
@@ -262,7 +264,8 @@ void writeSerialSeeds(const std::string& dir) {
     Bytes bad_crc = onTheLine({{1, 2, 3, 4}});
     bad_crc[bad_crc.size() - 3] ^= 0x01;
     writeSeed(dir, "bad-crc-then-datagram", concat({bad_crc, onTheLine({stuffed})}));
-    writeSeed(dir, "noise-then-datagram", concat({{0x00, 0xAA, 0xAA, 0x55, 0x17}, onTheLine({stuffed})}));
+    writeSeed(dir, "noise-then-datagram",
+              concat({{0x00, 0xAA, 0xAA, 0x55, 0x17}, onTheLine({stuffed})}));
     const Bytes line = onTheLine({frame});
     writeSeed(dir, "frame-cut-short", prefix(line, line.size() / 2));
 }
@@ -291,8 +294,9 @@ void writeZlibSeeds(const std::string& dir) {
         return f;
     };
     const Bytes unknown = {50, 0, 1, 9};
-    writeSeed(dir, "plain-frames",
-              concat({{3}, framed(1, frame), framed(2, Bytes()), framed(3, unknown), framed(4, older)}));
+    writeSeed(
+        dir, "plain-frames",
+        concat({{3}, framed(1, frame), framed(2, Bytes()), framed(3, unknown), framed(4, older)}));
 }
 
 // A recording as the log writer leaves it, packed as the log reader target reads it: flags
@@ -304,10 +308,9 @@ void writeLogSeeds(const std::string& dir) {
         std::cerr << "mkdtemp failed\n";
         std::exit(1);
     }
-    const std::vector<char> ids = {TimingOutputData::THIS_OBJECT_ID,
-                                   HeadOutputDataV2::THIS_OBJECT_ID,
-                                   FaceOutputDataV2::THIS_OBJECT_ID,
-                                   EngineStateOutputData::THIS_OBJECT_ID};
+    const std::vector<char> ids = {
+        TimingOutputData::THIS_OBJECT_ID, HeadOutputDataV2::THIS_OBJECT_ID,
+        FaceOutputDataV2::THIS_OBJECT_ID, EngineStateOutputData::THIS_OBJECT_ID};
     {
         io::EngineOutputDataFileWriter writer;
         writer.newFiles(ids, std::string(tmp), std::string(), 4096);
@@ -316,7 +319,8 @@ void writeLogSeeds(const std::string& dir) {
     std::vector<Bytes> files;
     for (char id : ids) {
         const std::wstring name = io::EngineOutputDataFileWriter::objectIDToFileName(id);
-        const std::string path = std::string(tmp) + "/" + std::string(name.begin(), name.end()) + ".tql";
+        const std::string path =
+            std::string(tmp) + "/" + std::string(name.begin(), name.end()) + ".tql";
         std::ifstream in(path, std::ios::binary);
         files.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
         ::unlink(path.c_str());
@@ -325,7 +329,8 @@ void writeLogSeeds(const std::string& dir) {
     const auto pack = [](unsigned char flags, char merge_id, const std::vector<Bytes>& parts) {
         Bytes packed = {flags, static_cast<unsigned char>(merge_id)};
         for (std::size_t i = 0; i < parts.size(); ++i) {
-            if (i + 1 < parts.size()) detail::appendU16(packed, static_cast<std::uint16_t>(parts[i].size()));
+            if (i + 1 < parts.size())
+                detail::appendU16(packed, static_cast<std::uint16_t>(parts[i].size()));
             packed.insert(packed.end(), parts[i].begin(), parts[i].end());
         }
         return packed;

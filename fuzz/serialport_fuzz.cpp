@@ -2,6 +2,7 @@
 // fuzzed bytes. The port must find exactly the frames, CRC failures and end of data that
 // a plain reading of the frame rules finds in the same bytes.
 
+#include <eod/io/serialport.h>
 #include <pty.h>
 #include <unistd.h>
 
@@ -11,13 +12,11 @@
 #include <cstdint>
 #include <utility>
 
-#include <eod/io/serialport.h>
-
 #include "fuzz/fuzzing.h"
 
+using eodfuzz::Bytes;
 using tq::eod::io::BAUD_115200;
 using tq::eod::io::SerialPort;
-using eodfuzz::Bytes;
 
 namespace {
 

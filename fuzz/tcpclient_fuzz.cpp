@@ -5,17 +5,16 @@
 // stream is cut, the client must hand out the frames that the record factory finds in the
 // same bytes, in order, and stop where the factory stops.
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
-#include <boost/shared_ptr.hpp>
-
 #include <eod/engineoutputdata.h>
 #include <eod/io/engineoutputdatatcpclient.h>
 #include <eod/io/inetaddress.h>
 #include <eod/io/tcpsocket.h>
+
+#include <algorithm>
+#include <boost/shared_ptr.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 
 #include "fuzz/fuzzing.h"
 
@@ -89,7 +88,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     bool usable = true;
     const std::size_t num_sizes = sizeof kChunkSizes / sizeof *kChunkSizes;
     for (std::size_t sent = 0, i = data[0]; usable && sent < stream.size(); ++i) {
-        const std::size_t n = std::min<std::size_t>(kChunkSizes[i % num_sizes], stream.size() - sent);
+        const std::size_t n =
+            std::min<std::size_t>(kChunkSizes[i % num_sizes], stream.size() - sent);
         sender->send(stream.data() + sent, static_cast<unsigned int>(n));
         sent += n;
         usable = drain(client, 0, frames);

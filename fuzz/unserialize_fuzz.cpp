@@ -10,9 +10,9 @@
 
 #include "fuzz/fuzzing.h"
 
+using eodfuzz::Bytes;
 using tq::eod::Serializable;
 using tq::eod::SerializableFactory;
-using eodfuzz::Bytes;
 
 namespace {
 
@@ -27,8 +27,8 @@ Outcome outcome(const Serializable& record, bool accepted) {
 Outcome readThrowing(Serializable& record, const Bytes& buffer) {
     int pos = 0;
     bool complete = false;
-    const bool decoded = eodfuzz::allowingLibraryErrors(
-        [&] { complete = record.unSerialize(buffer, pos); });
+    const bool decoded =
+        eodfuzz::allowingLibraryErrors([&] { complete = record.unSerialize(buffer, pos); });
     EOD_FUZZ_EXPECT((decoded && complete) == (pos != 0));
     return outcome(record, decoded && complete);
 }
@@ -37,8 +37,7 @@ Outcome readWithStatus(Serializable& record, const Bytes& buffer) {
     int pos = 0;
     unsigned int status = 0;
     record.unSerializeWithStatus(buffer, pos, status);
-    const bool failed =
-        status & (Serializable::STATUS_NOT_ENOUGH_DATA | Serializable::STATUS_UNDECODABLE);
+    const bool failed = status & eodfuzz::kRefused;
     EOD_FUZZ_EXPECT(failed == (pos == 0));
     return outcome(record, !failed);
 }

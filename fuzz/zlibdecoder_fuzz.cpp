@@ -9,21 +9,20 @@
 // begin the chunked reading, which may go on past the error (after a reset the chunks that
 // follow are read as a new stream).
 
+#include <eod/io/zlibdecoder.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
-#include <eod/io/zlibdecoder.h>
-
 #include "eod/bytecodec.h"
 #include "fuzz/fuzzing.h"
 
+using eodfuzz::Bytes;
 using tq::eod::Serializable;
 using tq::eod::io::DecoderData;
 using tq::eod::io::ZLibDecoder;
-using eodfuzz::Bytes;
 
 namespace {
 
@@ -65,9 +64,9 @@ Reading decode(const Bytes& compressed, bool whole, std::size_t first) {
     Reading reading;
     std::size_t i = first;
     for (std::size_t done = 0; done < compressed.size();) {
-        const std::size_t n =
-            whole ? compressed.size()
-                  : std::min<std::size_t>(kChunkSizes[i++ % kNumChunkSizes], compressed.size() - done);
+        const std::size_t n = whole ? compressed.size()
+                                    : std::min<std::size_t>(kChunkSizes[i++ % kNumChunkSizes],
+                                                            compressed.size() - done);
         if (!eodfuzz::allowingLibraryErrors(
                 [&] { decoder.decode(compressed.data() + done, static_cast<unsigned int>(n)); })) {
             reading.failed = true;
@@ -97,8 +96,8 @@ void fixCrcs(Bytes& plain) {
 // window for raw streams, so the window is 512 bytes), ending on a full flush.
 Bytes deflateAsTheEncoder(const Bytes& plain) {
     z_stream z{};
-    EOD_FUZZ_EXPECT(::deflateInit2(&z, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -9, 8,
-                                   Z_DEFAULT_STRATEGY) == Z_OK);
+    EOD_FUZZ_EXPECT(
+        ::deflateInit2(&z, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -9, 8, Z_DEFAULT_STRATEGY) == Z_OK);
     Bytes out(::deflateBound(&z, plain.size()) + 64);
     z.next_in = const_cast<Bytes::value_type*>(plain.data());
     z.avail_in = static_cast<uInt>(plain.size());
