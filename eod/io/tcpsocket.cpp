@@ -101,7 +101,7 @@ void TcpSocket::connect(const InetAddress& address) {
         close();
         EOD_USAGE_ERROR("already connected socket.");
     }
-    if (::connect(fd(), address.getSockAddr(), sizeof(sockaddr_in)) != 0) {
+    if (!detail::connectSocket(_handle, address.getSockAddr())) {
         const std::string message = netLibErrorString("Could not connect TCP socket to address.");
         close();
         throw SocketError(message);
