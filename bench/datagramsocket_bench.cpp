@@ -5,13 +5,13 @@
 
 #include <sys/socket.h>
 
-#include <map>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include <eod/io/datagramsocket.h>
+
+#include "benchratios.h"
 
 using namespace tq::eod::io;
 
@@ -20,11 +20,6 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 const int kPatientMs = 5000;
-
-void finish(benchmark::State& state) {
-    state.SetItemsProcessed(state.iterations());
-    state.SetBytesProcessed(state.iterations() * state.range(0));
-}
 
 void BM_DatagramSocket(benchmark::State& state) {
     const DatagramSocket sender, receiver;
@@ -39,7 +34,7 @@ void BM_DatagramSocket(benchmark::State& state) {
             break;
         }
     }
-    finish(state);
+    benchratios::countItems(state, state.range(0));
 }
 BENCHMARK(BM_DatagramSocket)->Arg(64)->Arg(1400)->UseRealTime();
 
@@ -60,57 +55,16 @@ void BM_SendtoRecvfrom(benchmark::State& state) {
             break;
         }
     }
-    finish(state);
+    benchratios::countItems(state, state.range(0));
 }
 BENCHMARK(BM_SendtoRecvfrom)->Arg(64)->Arg(1400)->UseRealTime();
-
-// The console report, followed by DatagramSocket's rate as a fraction of the baseline's.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            const auto rate = run.counters.find("items_per_second");
-            if (!run.error_occurred && rate != run.counters.end()) {
-                _rates[run.benchmark_name()] = rate->second.value;
-            }
-        }
-    }
-
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        for (const char* size : {"64", "1400"}) {
-            const double wrapped = rateOf("BM_DatagramSocket/", size);
-            const double plain = rateOf("BM_SendtoRecvfrom/", size);
-            if (wrapped > 0 && plain > 0) {
-                GetOutputStream() << "DatagramSocket / sendto+recvfrom, " << size
-                                  << " bytes = " << wrapped / plain << "\n";
-            }
-        }
-    }
-
-private:
-    double rateOf(const std::string& name, const std::string& size) const {
-        for (const auto& entry : _rates) {
-            if (entry.first.compare(0, name.size() + size.size(), name + size) == 0) {
-                return entry.second;
-            }
-        }
-        return 0;
-    }
-
-    std::map<std::string, double> _rates;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return benchratios::runWithRatios(argc, argv,
+                                      {{"DatagramSocket / sendto+recvfrom, 64 bytes",
+                                        "BM_DatagramSocket/64", "BM_SendtoRecvfrom/64"},
+                                       {"DatagramSocket / sendto+recvfrom, 1400 bytes",
+                                        "BM_DatagramSocket/1400", "BM_SendtoRecvfrom/1400"}});
 }

@@ -3,7 +3,6 @@
 // same sender, and against decoding the same frame from memory. Prints the client's rate
 // as a fraction of each at the end.
 
-#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -16,6 +15,8 @@
 #include <boost/make_shared.hpp>
 
 #include <eod/eod.h>
+
+#include "benchratios.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -80,11 +81,6 @@ private:
     std::thread _thread;
 };
 
-void finish(benchmark::State& state) {
-    state.SetItemsProcessed(state.iterations());
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(frameBytes().size()));
-}
-
 void BM_EngineOutputDataTcpClient(benchmark::State& state) {
     Sender sender;
     EngineOutputDataTcpClient client;
@@ -98,7 +94,7 @@ void BM_EngineOutputDataTcpClient(benchmark::State& state) {
         benchmark::DoNotOptimize(frame.get());
     }
     client.disconnect();
-    finish(state);
+    benchratios::countItems(state, static_cast<int64_t>(frameBytes().size()));
 }
 BENCHMARK(BM_EngineOutputDataTcpClient)->UseRealTime();
 
@@ -126,7 +122,7 @@ void BM_RecvLoop(benchmark::State& state) {
         buffered -= frameBytes().size();
     }
     ::close(fd);
-    finish(state);
+    benchratios::countItems(state, static_cast<int64_t>(frameBytes().size()));
 }
 BENCHMARK(BM_RecvLoop)->UseRealTime();
 
@@ -138,56 +134,17 @@ void BM_DecodeFromMemory(benchmark::State& state) {
             SerializableFactory::newObject(frameBytes(), read_pos);
         benchmark::DoNotOptimize(frame.get());
     }
-    finish(state);
+    benchratios::countItems(state, static_cast<int64_t>(frameBytes().size()));
 }
 BENCHMARK(BM_DecodeFromMemory)->UseRealTime();
-
-// The console report, followed by the client's rate as a fraction of the baseline's.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            const auto rate = run.counters.find("items_per_second");
-            if (!run.error_occurred && rate != run.counters.end()) {
-                _rates[run.benchmark_name()] = rate->second.value;
-            }
-        }
-    }
-
-    void Finalize() override {
-        ConsoleReporter::Finalize();
-        const double client = rateOf("BM_EngineOutputDataTcpClient");
-        const double recv_loop = rateOf("BM_RecvLoop");
-        const double decode = rateOf("BM_DecodeFromMemory");
-        std::ostream& out = GetOutputStream();
-        out << "frame size " << frameBytes().size() << " bytes\n";
-        if (client > 0 && recv_loop > 0) {
-            out << "EngineOutputDataTcpClient / recv loop = " << client / recv_loop << "\n";
-        }
-        if (client > 0 && decode > 0) {
-            out << "EngineOutputDataTcpClient / decode from memory = " << client / decode << "\n";
-        }
-    }
-
-private:
-    double rateOf(const std::string& prefix) const {
-        for (const auto& entry : _rates) {
-            if (entry.first.compare(0, prefix.size(), prefix) == 0) return entry.second;
-        }
-        return 0;
-    }
-
-    std::map<std::string, double> _rates;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return benchratios::runWithRatios(
+        argc, argv,
+        {{"EngineOutputDataTcpClient / recv loop", "BM_EngineOutputDataTcpClient", "BM_RecvLoop"},
+         {"EngineOutputDataTcpClient / decode from memory", "BM_EngineOutputDataTcpClient",
+          "BM_DecodeFromMemory"}},
+        "frame size " + std::to_string(frameBytes().size()) + " bytes\n");
 }

@@ -8,8 +8,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 namespace {
 
 // The mask of one flag; 0 for a bit number outside the word, where a shift would be

@@ -7,8 +7,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 namespace {
 
 int checkedState(int state) {

@@ -12,7 +12,6 @@
 #include <boost/shared_ptr.hpp>
 
 #include <eod/serializable.h>
-#include <eod/serializablecomposite.h>
 
 namespace tq {
 namespace eod {
@@ -27,15 +26,13 @@ boost::shared_ptr<Serializable> newLibraryFeature(char object_id);
 // id: it could be written but would not read back as itself.
 void requireRebuildable(const Serializable& record, const char* where);
 
-// The count byte and the sub-records of a feature container, read as SerializableComposite
-// reads them (same messages, same status bits, same rules for storing), except that
-// children of library feature ids are built by newLibraryFeature and read at their record
-// boundary. The caller has cleared the container and read its own fields.
-void readFeatureChildren(SerializableComposite& parent, const std::vector<unsigned char>& buffer,
-                         int& read_pos);
-void readFeatureChildrenWithStatus(SerializableComposite& parent,
-                                   const std::vector<unsigned char>& buffer, int& read_pos,
-                                   unsigned int& status);
+// The child of a feature container whose record starts at read_pos, read as the factory
+// reads it (same messages, same status bits), except that a child of a library feature id
+// is built by newLibraryFeature. The containers' readSubObject hooks.
+boost::shared_ptr<Serializable> readFeatureChild(const std::vector<unsigned char>& buffer,
+                                                 int& read_pos);
+boost::shared_ptr<Serializable> readFeatureChildWithStatus(const std::vector<unsigned char>& buffer,
+                                                           int& read_pos, unsigned int& status);
 
 }  // namespace detail
 }  // namespace eod

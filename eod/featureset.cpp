@@ -11,8 +11,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 FeatureSet::FeatureSet(char object_id) : _object_id(object_id) {}
 
 FeatureSet& FeatureSet::operator=(const FeatureSet& other) {
@@ -100,22 +98,14 @@ void FeatureSet::doAddSubObject(const boost::shared_ptr<Serializable>& object) {
     }
 }
 
-void FeatureSet::readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) {
-    clearSubObjects();
-    readOwnData(buffer, read_pos);
-    detail::readFeatureChildren(*this, buffer, read_pos);
+boost::shared_ptr<Serializable> FeatureSet::readSubObject(const std::vector<unsigned char>& buffer,
+                                                          int& read_pos) {
+    return detail::readFeatureChild(buffer, read_pos);
 }
 
-void FeatureSet::readFromBufferWithStatus(const std::vector<unsigned char>& buffer, int& read_pos,
-                                          unsigned int& status) {
-    try {
-        clearSubObjects();
-        readOwnData(buffer, read_pos);
-    } catch (...) {
-        status |= STATUS_UNDECODABLE;
-        return;
-    }
-    detail::readFeatureChildrenWithStatus(*this, buffer, read_pos, status);
+boost::shared_ptr<Serializable> FeatureSet::readSubObjectWithStatus(
+    const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status) {
+    return detail::readFeatureChildWithStatus(buffer, read_pos, status);
 }
 
 }  // namespace eod

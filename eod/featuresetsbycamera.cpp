@@ -6,8 +6,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 FeatureSetsByCamera::~FeatureSetsByCamera() = default;
 
 FeatureSetsByCamera* FeatureSetsByCamera::clone() const { return new FeatureSetsByCamera(*this); }
@@ -41,23 +39,14 @@ void FeatureSetsByCamera::doAddSubObject(const boost::shared_ptr<Serializable>& 
     EngineOutputBase::doAddSubObject(object);
 }
 
-void FeatureSetsByCamera::readFromBuffer(const std::vector<unsigned char>& buffer,
-                                         int& read_pos) {
-    clearSubObjects();
-    readOwnData(buffer, read_pos);
-    detail::readFeatureChildren(*this, buffer, read_pos);
+boost::shared_ptr<Serializable> FeatureSetsByCamera::readSubObject(
+    const std::vector<unsigned char>& buffer, int& read_pos) {
+    return detail::readFeatureChild(buffer, read_pos);
 }
 
-void FeatureSetsByCamera::readFromBufferWithStatus(const std::vector<unsigned char>& buffer,
-                                                   int& read_pos, unsigned int& status) {
-    try {
-        clearSubObjects();
-        readOwnData(buffer, read_pos);
-    } catch (...) {
-        status |= STATUS_UNDECODABLE;
-        return;
-    }
-    detail::readFeatureChildrenWithStatus(*this, buffer, read_pos, status);
+boost::shared_ptr<Serializable> FeatureSetsByCamera::readSubObjectWithStatus(
+    const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status) {
+    return detail::readFeatureChildWithStatus(buffer, read_pos, status);
 }
 
 }  // namespace eod

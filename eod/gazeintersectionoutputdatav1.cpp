@@ -3,8 +3,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 GazeIntersectionOutputDataV1::~GazeIntersectionOutputDataV1() = default;
 
 GazeIntersectionOutputDataV1* GazeIntersectionOutputDataV1::clone() const {

@@ -7,8 +7,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 GazeIntersectionOutputDataV2::GazeIntersectionOutputDataV2()
     : _gaze_object_intersection(ARRAY_SIZE_3D_DATA, 0.0f) {}
 

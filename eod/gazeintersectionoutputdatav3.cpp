@@ -3,8 +3,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 GazeIntersectionOutputDataV3::~GazeIntersectionOutputDataV3() = default;
 
 GazeIntersectionOutputDataV3* GazeIntersectionOutputDataV3::clone() const {

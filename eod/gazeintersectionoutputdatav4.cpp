@@ -8,8 +8,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 namespace {
 
 bool isEyeId(int value) { return value == RIGHT_EYE || value == LEFT_EYE || value == BOTH_EYES; }

@@ -7,8 +7,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 GPSOutputData::~GPSOutputData() = default;
 
 GPSOutputData* GPSOutputData::clone() const { return new GPSOutputData(*this); }

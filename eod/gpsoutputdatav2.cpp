@@ -7,8 +7,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 GPSOutputDataV2::~GPSOutputDataV2() = default;
 
 GPSOutputDataV2* GPSOutputDataV2::clone() const { return new GPSOutputDataV2(*this); }

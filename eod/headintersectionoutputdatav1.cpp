@@ -6,8 +6,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 HeadIntersectionOutputDataV1::~HeadIntersectionOutputDataV1() = default;
 
 HeadIntersectionOutputDataV1* HeadIntersectionOutputDataV1::clone() const {

@@ -3,8 +3,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 HeadIntersectionOutputDataV2::~HeadIntersectionOutputDataV2() = default;
 
 HeadIntersectionOutputDataV2* HeadIntersectionOutputDataV2::clone() const {

@@ -81,13 +81,7 @@ void ImageOutputData::setNewImage(unsigned int width, unsigned int height,
     unsigned char* copy = rawDataAlloc(static_cast<int>(size));
     if (size > 0) std::memcpy(copy, data, size);
     // Released only after the copy: data may point into the old buffer.
-    releaseRawData();
-    _raw_data = copy;
-    _sharing_memory = false;
-    _width = width;
-    _height = height;
-    _bytes_per_line = bytes_per_line;
-    _image_format = format;
+    replaceImage(copy, false, width, height, bytes_per_line, format);
 }
 
 void ImageOutputData::shareNewImage(unsigned int width, unsigned int height,
@@ -98,26 +92,24 @@ void ImageOutputData::shareNewImage(unsigned int width, unsigned int height,
     // Sharing our own buffer would leave nobody to free it.
     EOD_REQUIRE(data == nullptr || data != _raw_data || _sharing_memory,
                 "raw_data is already owned by this image");
+    replaceImage(data, true, width, height, bytes_per_line, format);
+}
+
+void ImageOutputData::freeRawData() { replaceImage(nullptr, false, 0, 0, 0, _image_format); }
+
+void ImageOutputData::releaseRawData() {
+    if (!_sharing_memory) rawDataFree(_raw_data);
+}
+
+void ImageOutputData::replaceImage(unsigned char* data, bool sharing, unsigned int width,
+                                   unsigned int height, unsigned int bytes_per_line, int format) {
     releaseRawData();
     _raw_data = data;
-    _sharing_memory = true;
+    _sharing_memory = sharing;
     _width = width;
     _height = height;
     _bytes_per_line = bytes_per_line;
     _image_format = format;
-}
-
-void ImageOutputData::freeRawData() {
-    releaseRawData();
-    _raw_data = nullptr;
-    _sharing_memory = false;
-    _width = 0;
-    _height = 0;
-    _bytes_per_line = 0;
-}
-
-void ImageOutputData::releaseRawData() {
-    if (!_sharing_memory) rawDataFree(_raw_data);
 }
 
 unsigned char* ImageOutputData::rawDataAlloc(int size) {
@@ -158,11 +150,7 @@ void ImageOutputData::readFromBuffer(const std::vector<unsigned char>& buffer, i
     unsigned char* raw_data = rawDataAlloc(static_cast<int>(size));
     detail::readRaw(buffer, read_pos, raw_data, static_cast<std::size_t>(size));
 
-    _raw_data = raw_data;
-    _width = width;
-    _height = height;
-    _bytes_per_line = bytes_per_line;
-    _image_format = format;
+    replaceImage(raw_data, false, width, height, bytes_per_line, format);
     _image_identifier.swap(identifier);
 }
 

@@ -6,8 +6,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 InertiaOutputData::~InertiaOutputData() = default;
 
 InertiaOutputData* InertiaOutputData::clone() const { return new InertiaOutputData(*this); }

@@ -8,8 +8,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 const std::string& IntersectionOutputBase::defaultObjectName() {
     static const std::string name = "nothing";
     return name;

@@ -9,8 +9,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 IRPodStateOutputData::~IRPodStateOutputData() = default;
 
 IRPodStateOutputData* IRPodStateOutputData::clone() const {

@@ -116,12 +116,18 @@ boost::shared_ptr<Serializable> SerializableComposite::removeSubObject(char id) 
     return removeSubObjectAtIndex(id, 0);
 }
 
-boost::shared_ptr<Serializable> SerializableComposite::removeSubObjectAtIndex(char id,
-                                                                             unsigned char index) {
+SerializableComposite::SubObjectMap::iterator SerializableComposite::findAtIndex(
+    char id, unsigned char index) {
     const auto range = _sub_objects.equal_range(id);
     auto it = range.first;
     for (unsigned char i = 0; i < index && it != range.second; ++i) ++it;
-    if (it == range.second) return boost::shared_ptr<Serializable>();
+    return it == range.second ? _sub_objects.end() : it;
+}
+
+boost::shared_ptr<Serializable> SerializableComposite::removeSubObjectAtIndex(char id,
+                                                                              unsigned char index) {
+    const auto it = findAtIndex(id, index);
+    if (it == _sub_objects.end()) return boost::shared_ptr<Serializable>();
     boost::shared_ptr<Serializable> removed = it->second;
     _sub_objects.erase(it);
     return removed;
@@ -137,10 +143,8 @@ boost::shared_ptr<Serializable const> SerializableComposite::subObject(char id) 
 
 boost::shared_ptr<Serializable> SerializableComposite::subObjectAtIndex(char id,
                                                                        unsigned char index) {
-    const auto range = _sub_objects.equal_range(id);
-    auto it = range.first;
-    for (unsigned char i = 0; i < index && it != range.second; ++i) ++it;
-    return it == range.second ? boost::shared_ptr<Serializable>() : it->second;
+    const auto it = findAtIndex(id, index);
+    return it == _sub_objects.end() ? boost::shared_ptr<Serializable>() : it->second;
 }
 
 boost::shared_ptr<Serializable const> SerializableComposite::subObjectAtIndex(
@@ -223,11 +227,21 @@ void SerializableComposite::storeReadSubObject(const boost::shared_ptr<Serializa
     if (object && object->serializeEnabled()) insertSubObject(object);
 }
 
+boost::shared_ptr<Serializable> SerializableComposite::readSubObject(
+    const std::vector<unsigned char>& buffer, int& read_pos) {
+    return SerializableFactory::newObject(buffer, read_pos);
+}
+
+boost::shared_ptr<Serializable> SerializableComposite::readSubObjectWithStatus(
+    const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status) {
+    return SerializableFactory::newObjectWithStatus(buffer, read_pos, status);
+}
+
 void SerializableComposite::readFromBuffer(const std::vector<unsigned char>& buffer,
                                            int& read_pos) {
     const unsigned int count = readOwnDataAndCount(buffer, read_pos);
     for (unsigned int i = 0; i < count; ++i) {
-        storeReadSubObject(SerializableFactory::newObject(buffer, read_pos));
+        storeReadSubObject(readSubObject(buffer, read_pos));
     }
 }
 
@@ -238,7 +252,7 @@ void SerializableComposite::readFromBufferWithStatus(const std::vector<unsigned 
         for (unsigned int i = 0; i < count; ++i) {
             unsigned int sub_status = 0;
             boost::shared_ptr<Serializable> object =
-                SerializableFactory::newObjectWithStatus(buffer, read_pos, sub_status);
+                readSubObjectWithStatus(buffer, read_pos, sub_status);
             status |= sub_status;
             // A sub-record that is cut short or undecodable leaves read_pos where it was;
             // reading on would only meet the same bytes again.

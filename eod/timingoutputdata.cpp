@@ -6,8 +6,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions for code that binds the constants to references.
-
 TimingOutputData::~TimingOutputData() = default;
 
 TimingOutputData* TimingOutputData::clone() const { return new TimingOutputData(*this); }

@@ -6,8 +6,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 WorldOutputData::~WorldOutputData() = default;
 
 WorldOutputData* WorldOutputData::clone() const { return new WorldOutputData(*this); }

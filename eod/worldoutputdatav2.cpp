@@ -5,8 +5,6 @@
 namespace tq {
 namespace eod {
 
-// Definitions, so that the constants can also be bound to references.
-
 WorldOutputDataV2::~WorldOutputDataV2() = default;
 
 WorldOutputDataV2* WorldOutputDataV2::clone() const { return new WorldOutputDataV2(*this); }

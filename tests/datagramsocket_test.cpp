@@ -20,18 +20,18 @@
 #include <eod/io/socketerror.h>
 
 #include "nettesthelpers.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
 using Bytes = std::vector<unsigned char>;
+using nettest::loopback;
 
 namespace {
 
-const char* const kModule = "eod/io/datagramsocket.cpp";
+const char* const kModule = "io/datagramsocket";
 // Long enough never to expire on a loaded machine; a wait only ends this way on failure.
 const int kWaitMs = 5000;
-
-InetAddress loopback(int port) { return InetAddress(port, "127.0.0.1"); }
 
 InetAddress loopbackOf(const DatagramSocket& socket) {
     return loopback(socket.getLocalAddress().getPort());
@@ -54,11 +54,6 @@ std::string socketErrorText(F&& call) {
         return e.what();
     }
     return "no SocketError";
-}
-
-template <class F>
-testing::AssertionResult isUsage(F&& call, const std::string& reason) {
-    return nettest::isUsageError(nettest::usageErrorText(call), kModule, reason);
 }
 
 Bytes receiveFrom(const DatagramSocket& socket, InetAddress& from) {
@@ -111,14 +106,13 @@ TEST(DatagramSocket, BufferSizes) {
 
     for (int bad : {0, -1}) {
         SCOPED_TRACE(bad);
-        EXPECT_TRUE(
-            isUsage([&] { socket.setReceiveBufferSize(bad); }, "buffer size must be positive"));
-        EXPECT_TRUE(
-            isUsage([&] { socket.setSendBufferSize(bad); }, "buffer size must be positive"));
+        EXPECT_USAGE_ERROR(socket.setReceiveBufferSize(bad), kModule,
+                           "buffer size must be positive");
+        EXPECT_USAGE_ERROR(socket.setSendBufferSize(bad), kModule, "buffer size must be positive");
     }
     EXPECT_EQ(socket.getReceiveBufferSize(), 4096);
-    EXPECT_TRUE(isUsage([] { DatagramSocket(0, -5); }, "buffer size must be positive"));
-    EXPECT_TRUE(isUsage([] { DatagramSocket(0, 0, -5); }, "buffer size must be positive"));
+    EXPECT_USAGE_ERROR(DatagramSocket(0, -5), kModule, "buffer size must be positive");
+    EXPECT_USAGE_ERROR(DatagramSocket(0, 0, -5), kModule, "buffer size must be positive");
 }
 
 TEST(DatagramSocket, UnicastToAnyAddress) {
@@ -138,9 +132,9 @@ TEST(DatagramSocket, UnicastToAnyAddress) {
 TEST(DatagramSocket, ConnectedPeer) {
     DatagramSocket sender;
     const DatagramSocket receiver, stranger;
-    EXPECT_TRUE(isUsage([&] { sender.getInetAddress(); }, "Socket is not connected."));
-    EXPECT_TRUE(
-        isUsage([&] { sender.sendDatagram(Bytes{1}); }, "Must connect socket before sending."));
+    EXPECT_USAGE_ERROR(sender.getInetAddress(), kModule, "Socket is not connected.");
+    EXPECT_USAGE_ERROR(sender.sendDatagram(Bytes{1}), kModule,
+                       "Must connect socket before sending.");
 
     sender.connectSocket(loopbackOf(receiver));
     EXPECT_TRUE(sender.connected());
@@ -158,9 +152,9 @@ TEST(DatagramSocket, ConnectedPeer) {
     const int port = sender.getLocalAddress().getPort();
     sender.disconnectSocket();
     EXPECT_FALSE(sender.connected());
-    EXPECT_TRUE(isUsage([&] { sender.getInetAddress(); }, "Socket is not connected."));
-    EXPECT_TRUE(
-        isUsage([&] { sender.sendDatagram(Bytes{1}); }, "Must connect socket before sending."));
+    EXPECT_USAGE_ERROR(sender.getInetAddress(), kModule, "Socket is not connected.");
+    EXPECT_USAGE_ERROR(sender.sendDatagram(Bytes{1}), kModule,
+                       "Must connect socket before sending.");
     sockaddr_in bound{};
     socklen_t length = sizeof bound;
     ASSERT_EQ(::getsockname(sender.getSocket(), reinterpret_cast<sockaddr*>(&bound), &length), 0);
@@ -189,9 +183,9 @@ TEST(DatagramSocket, SizeLimit) {
     sender.connectSocket(loopbackOf(receiver));
     const std::string too_large = "Buffers exceeds maximum size for a datagram.";
     const Bytes limit_plus_one(DatagramSocket::MAX_DATAGRAM_SIZE + 1);
-    EXPECT_TRUE(isUsage([&] { sender.sendDatagram(limit_plus_one); }, too_large));
-    EXPECT_TRUE(
-        isUsage([&] { sender.sendDatagram(limit_plus_one, loopbackOf(receiver)); }, too_large));
+    EXPECT_USAGE_ERROR(sender.sendDatagram(limit_plus_one), kModule, too_large);
+    EXPECT_USAGE_ERROR(sender.sendDatagram(limit_plus_one, loopbackOf(receiver)), kModule,
+                       too_large);
 
     // 65535 bytes pass the limit, but IPv4 carries at most 65507 bytes in one datagram.
     const Bytes limit(DatagramSocket::MAX_DATAGRAM_SIZE);
@@ -324,10 +318,10 @@ void multicastInPrivateNetwork() {
               "to an address.");
     for (const char* bad : {"", "239.1.2", "group", "239.1.2.3.4"}) {
         SCOPED_TRACE(bad);
-        EXPECT_TRUE(isUsage([&] { first.subscribeMulticast(bad); },
-                            "multicast group is not a dotted IPv4 address"));
-        EXPECT_TRUE(isUsage([&] { first.unsubscribeMulticast(bad); },
-                            "multicast group is not a dotted IPv4 address"));
+        EXPECT_USAGE_ERROR(first.subscribeMulticast(bad), kModule,
+                           "multicast group is not a dotted IPv4 address");
+        EXPECT_USAGE_ERROR(first.unsubscribeMulticast(bad), kModule,
+                           "multicast group is not a dotted IPv4 address");
     }
 }
 

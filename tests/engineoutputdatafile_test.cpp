@@ -510,13 +510,73 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
         }
         EXPECT_EQ(failed, torn);
         std::vector<Bytes> expected(full.begin(), full.begin() + std::ptrdiff_t(complete));
-        std::vector<Bytes> rest(timing_only.begin() + std::ptrdiff_t(complete), timing_only.end());
-        if (!torn) expected.insert(expected.end(), rest.begin(), rest.end());
-        EXPECT_EQ(before_error, expected);
-        if (torn) {
-            EXPECT_EQ(after_error, rest) << "the other files go on after the error";
-        }
+        expected.insert(expected.end(), timing_only.begin() + std::ptrdiff_t(complete),
+                        timing_only.end());
+        EXPECT_EQ(before_error, expected) << "the other files go on before the error";
+        EXPECT_TRUE(after_error.empty());
     }
+}
+
+// A recording cut short by a crash: the Head file lags behind (frames 5 to 9 had no head)
+// and ends inside the record of frame 10. Frames 5 to 9 are complete in the Timing file and
+// must come out before the Head file's torn tail is reported.
+TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
+    EngineOutputDataFileWriter writer;
+    writer.newFiles({10, 11}, dir.wstring(), L"", 4096);
+    std::vector<Bytes> written;
+    for (unsigned int i = 0; i <= 10; ++i) {
+        EngineOutputData frame;
+        frame.setFrameNum(i);
+        if (i < 10) add<Timing>(frame, i);
+        if (i < 5 || i == 10) add<Head>(frame, 1000 + i);
+        writer.writeData(frame);
+        if (i < 10) written.push_back(bytesOf(frame));
+    }
+    writer.closeFiles();
+    const fs::path head_path = dir / "Head.tql";
+    const Bytes head_file = fileBytes(head_path);
+    writeFile(head_path, Bytes(head_file.begin(), head_file.end() - 1));
+
+    EngineOutputDataFileReader reader;
+    reader.openFiles(dir.wstring());
+    std::vector<Bytes> frames;
+    EXPECT_EQ(errorText([&] {
+                  while (const FramePtr frame = reader.readData()) {
+                      frames.push_back(bytesOf(*frame));
+                  }
+              }),
+              "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
+                  (dir / "Head.tql").string());
+    EXPECT_EQ(frames, written);
+    EXPECT_TRUE(reader.endOfData());
+    EXPECT_FALSE(reader.readData());
+}
+
+TEST_F(LogFiles, FlushHandsEveryFrameToTheSystem) {
+    EngineOutputDataFileWriter writer;
+    expectUsageError([&] { writer.flush(); }, "engineoutputdatafilewriter", "no files are open");
+    writer.newFiles({10, 11, 15}, dir.wstring(), L"", 65536);
+    std::vector<Bytes> written;
+    for (unsigned int i = 0; i < 6; ++i) {
+        const FramePtr frame = recordedFrame(i);
+        writer.writeData(*frame);
+        if (frame->numSubObjects() > 0) written.push_back(bytesOf(*frame));
+    }
+    EXPECT_EQ(fs::file_size(dir / "Timing.tql"), 0u) << "still in the buffer";
+    writer.flush();
+    EngineOutputDataFileReader reader;
+    reader.openFiles(dir.wstring());
+    EXPECT_EQ(readAll(reader), written) << "read while the writer is open";
+}
+
+TEST_F(LogFiles, FlushFailureIsReported) {
+    if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
+    EngineOutputDataFileWriter writer;
+    writer.newFile(L"/dev/full", 4096);
+    EngineOutputData frame;
+    add<Head>(frame, 1);
+    writer.writeData(frame);
+    EXPECT_EQ(errorText([&] { writer.flush(); }), "Failed to write to stream.");
 }
 
 TEST_F(LogFiles, WriteFailureIsReported) {

@@ -11,25 +11,18 @@
 #include <eod/eod.h>
 
 #include "nettesthelpers.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
-using nettest::isUsageError;
+using eodtest::Bytes;
+using eodtest::encode;
 using nettest::kPatientMs;
-using nettest::usageErrorText;
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-const char* const kModule = "eod/io/engineoutputdatatcpclient.cpp";
+const char* const kModule = "io/engineoutputdatatcpclient";
 const unsigned int kChunkSizes[] = {1, 2, 3, 5, 7, 13, 32, 1024};
-
-Bytes encode(const Serializable& record) {
-    Bytes bytes;
-    record.serialize(bytes);
-    return bytes;
-}
 
 Bytes encodeFrame(unsigned int frame_num, int tokens) {
     EngineOutputData frame;
@@ -80,7 +73,7 @@ struct Stream {
 TEST(EngineOutputDataTcpClient, ReceivingWithoutConnectionIsAUsageError) {
     EngineOutputDataTcpClient client;
     EXPECT_FALSE(client.isConnected());
-    EXPECT_TRUE(isUsageError(usageErrorText([&] { client.receive(0); }), kModule, "not connected"));
+    EXPECT_USAGE_ERROR(client.receive(0), kModule, "not connected");
 }
 
 TEST(EngineOutputDataTcpClient, ConnectFailuresPropagate) {
@@ -93,9 +86,8 @@ TEST(EngineOutputDataTcpClient, ConnectFailuresPropagate) {
 
     Stream s;
     EXPECT_TRUE(s.client.isConnected());
-    EXPECT_TRUE(
-        isUsageError(usageErrorText([&] { s.client.connect(s.listener->getLocalAddress()); }),
-                     "eod/io/tcpsocket.cpp", "socket already open"));
+    EXPECT_USAGE_ERROR(s.client.connect(s.listener->getLocalAddress()), "io/tcpsocket",
+                       "socket already open");
     s.client.disconnect();
     EXPECT_FALSE(s.client.isConnected());
 }
@@ -206,14 +198,10 @@ TEST(EngineOutputDataTcpClient, AHugeRecordIsRefusedFromItsHeader) {
     s.sender->send(Bytes{9, 0xff, 0xff, 0xff});
     EXPECT_EQ(s.receiveEncoded(20), Bytes());  // the size is not complete yet
     s.sender->send(Bytes{0xff, 0xff, 0xff});
-    try {
-        s.client.receive(kPatientMs);
-        FAIL() << "accepted";
-    } catch (const SerializableError& e) {
-        EXPECT_STREQ(e.what(),
-                     "EngineOutputDataTcpClient::receive - record of 4294967302 bytes exceeds the "
-                     "maximum record size of 67108864 bytes");
-    }
+    EXPECT_SERIALIZABLE_ERROR(
+        s.client.receive(kPatientMs),
+        "EngineOutputDataTcpClient::receive - record of 4294967302 bytes exceeds the "
+        "maximum record size of 67108864 bytes");
     // The refused bytes are gone; a sender that goes on with whole records is understood.
     const Bytes frame = encodeFrame(3, 1);
     s.sender->send(frame);
@@ -236,8 +224,7 @@ TEST(EngineOutputDataTcpClient, MaximumRecordSizeRange) {
     EngineOutputDataTcpClient client;
     for (unsigned int bad : {0u, 2u, (1u << 30) + 1}) {
         SCOPED_TRACE(bad);
-        EXPECT_TRUE(isUsageError(usageErrorText([&] { client.setMaxRecordSize(bad); }), kModule,
-                                 "max_record_size out of range"));
+        EXPECT_USAGE_ERROR(client.setMaxRecordSize(bad), kModule, "max_record_size out of range");
         EXPECT_EQ(client.maxRecordSize(), EngineOutputDataTcpClient::DEFAULT_MAX_RECORD_SIZE);
     }
     client.setMaxRecordSize(3);
@@ -254,12 +241,8 @@ TEST(EngineOutputDataTcpClient, AnUndecodableRecordStaysAndFailsAgain) {
     broken.pop_back();
     s.sender->send(broken);
     for (int attempt = 0; attempt < 2; ++attempt) {
-        try {
-            s.client.receive(kPatientMs);
-            FAIL() << "decoded";
-        } catch (const SerializableError& e) {
-            EXPECT_STREQ(e.what(), "SerializableFactory::newObject - could not unSerialize object");
-        }
+        EXPECT_SERIALIZABLE_ERROR(s.client.receive(kPatientMs),
+                                  "SerializableFactory::newObject - could not unSerialize object");
     }
     s.client.disconnect();
     EXPECT_FALSE(s.client.isConnected());

@@ -7,11 +7,11 @@
 
 #include <boost/make_shared.hpp>
 
-#include "recordchecks_b.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using eodtest::Bytes;
-using eodtest::bytesOf;
+using eodtest::encode;
 
 namespace {
 
@@ -41,11 +41,10 @@ TEST(StateChecks, EngineStateAcceptsMinusOneToOne) {
             EXPECT_EQ(EngineStateOutputData(state).state(), state);
         } else {
             engine.setState(0);
-            eodtest::expectUsageError([&] { engine.setState(state); }, "enginestateoutputdata",
-                                      "unknown state");
+            EXPECT_USAGE_ERROR(engine.setState(state), "enginestateoutputdata", "unknown state");
             EXPECT_EQ(engine.state(), 0);
-            eodtest::expectUsageError([&] { EngineStateOutputData rejected(state); },
-                                      "enginestateoutputdata", "unknown state");
+            EXPECT_USAGE_ERROR(EngineStateOutputData rejected(state), "enginestateoutputdata",
+                               "unknown state");
         }
     }
 }
@@ -60,11 +59,11 @@ TEST(StateChecks, HeadTrackerAcceptsMinusOneToFour) {
             EXPECT_EQ(HeadTrackerStateOutputData(state).state(), state);
         } else {
             tracker.setState(2);
-            eodtest::expectUsageError([&] { tracker.setState(state); },
-                                      "headtrackerstateoutputdata", "state invalid");
+            EXPECT_USAGE_ERROR(tracker.setState(state), "headtrackerstateoutputdata",
+                               "state invalid");
             EXPECT_EQ(tracker.state(), 2);
-            eodtest::expectUsageError([&] { HeadTrackerStateOutputData rejected(state); },
-                                      "headtrackerstateoutputdata", "state invalid");
+            EXPECT_USAGE_ERROR(HeadTrackerStateOutputData rejected(state),
+                               "headtrackerstateoutputdata", "state invalid");
         }
     }
 }
@@ -77,8 +76,7 @@ TEST(StateChecks, IRPodAcceptsZeroAndOne) {
             pod.setState(state);
             EXPECT_EQ(pod.state(), state);
         } else {
-            eodtest::expectUsageError([&] { pod.setState(state); }, "irpodstateoutputdata",
-                                      "invalid state");
+            EXPECT_USAGE_ERROR(pod.setState(state), "irpodstateoutputdata", "invalid state");
             EXPECT_EQ(pod.state(), 1);
         }
     }
@@ -88,8 +86,8 @@ TEST(StateChecks, IRPodPositionMustBeThreeD) {
     IRPodStateOutputData pod = samplePod();
     for (std::size_t size : {0u, 2u, 4u}) {
         SCOPED_TRACE(size);
-        eodtest::expectUsageError([&] { pod.setPosition(std::vector<float>(size, 9.0f)); },
-                                  "irpodstateoutputdata", "expected 3D position");
+        EXPECT_USAGE_ERROR(pod.setPosition(std::vector<float>(size, 9.0f)), "irpodstateoutputdata",
+                           "expected 3D position");
         EXPECT_EQ(pod.position(), (std::vector<float>{0.5f, -1.25f, 2.0f}));
     }
 }
@@ -100,13 +98,13 @@ TEST(StateRecords, DefaultsAndSizes) {
     EXPECT_EQ(IRPodStateOutputData().state(), 0);
     EXPECT_EQ(IRPodStateOutputData().position(), std::vector<float>(3, 0.0f));
     // header, flag, own data, count
-    EXPECT_EQ(bytesOf(HeadTrackerStateOutputData()).size(), 3u + 1 + 4 + 1);
-    EXPECT_EQ(bytesOf(IRPodStateOutputData()).size(), 3u + 1 + 16 + 1);
+    EXPECT_EQ(encode(HeadTrackerStateOutputData()).size(), 3u + 1 + 4 + 1);
+    EXPECT_EQ(encode(IRPodStateOutputData()).size(), 3u + 1 + 16 + 1);
 }
 
 TEST(StateRecords, EngineStateWithoutChildrenIsItsStateOnly) {
     EngineStateOutputData engine;
-    EXPECT_EQ(bytesOf(engine), (Bytes{40, 0x00, 0x06, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0x00}));
+    EXPECT_EQ(encode(engine), (Bytes{40, 0x00, 0x06, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0x00}));
     EXPECT_FALSE(engine.headtrackerStateOutputData());
     EXPECT_FALSE(engine.irPodStateOutputData());
     const EngineStateOutputData& const_engine = engine;
@@ -115,13 +113,13 @@ TEST(StateRecords, EngineStateWithoutChildrenIsItsStateOnly) {
 }
 
 TEST(StateRecords, IRPodBytes) {
-    EXPECT_EQ(bytesOf(samplePod()),
+    EXPECT_EQ(encode(samplePod()),
               (Bytes{42,   0x00, 0x12, 0x01, 0x00, 0x00, 0x00, 0x01, 0x3F, 0x00, 0x00,
                      0x00, 0xBF, 0xA0, 0x00, 0x00, 0x40, 0x00, 0x00, 0x00, 0x00}));
 }
 
 TEST(StateRecords, EngineStateRoundTripsWithItsChildren) {
-    const auto read = eodtest::viaFactory<EngineStateOutputData>(sampleEngineState());
+    const auto read = eodtest::decodeViaFactory<EngineStateOutputData>(encode(sampleEngineState()));
     ASSERT_TRUE(read);
     EXPECT_EQ(read->state(), 1);
     ASSERT_TRUE(read->headtrackerStateOutputData());
@@ -143,24 +141,22 @@ TEST(StateRecords, AccessorsReachTheStoredChild) {
 }
 
 TEST(StateRecordsText, Columns) {
-    EXPECT_EQ(eodtest::headerOf(EngineStateOutputData()), "ENGINE_STATE");
-    EXPECT_EQ(eodtest::headerOf(HeadTrackerStateOutputData()), "HT_STATE");
-    EXPECT_EQ(eodtest::headerOf(IRPodStateOutputData()), "IR_STATE\tIR_POS_X\tIR_POS_y\tIR_POS_X");
-    EXPECT_EQ(eodtest::lineOf(samplePod()), "1\t0.5\t-1.25\t2");
+    EXPECT_EQ(eodtest::headerLine(EngineStateOutputData()), "ENGINE_STATE");
+    EXPECT_EQ(eodtest::headerLine(HeadTrackerStateOutputData()), "HT_STATE");
+    EXPECT_EQ(eodtest::headerLine(IRPodStateOutputData()),
+              "IR_STATE\tIR_POS_X\tIR_POS_y\tIR_POS_X");
+    EXPECT_EQ(eodtest::valueLine(samplePod()), "1\t0.5\t-1.25\t2");
     // Children follow the parent's own column, in object id order.
-    EXPECT_EQ(eodtest::headerOf(sampleEngineState()),
+    EXPECT_EQ(eodtest::headerLine(sampleEngineState()),
               "ENGINE_STATE\tHT_STATE\tIR_STATE\tIR_POS_X\tIR_POS_y\tIR_POS_X");
-    EXPECT_EQ(eodtest::lineOf(sampleEngineState()), "1\t3\t1\t0.5\t-1.25\t2");
+    EXPECT_EQ(eodtest::valueLine(sampleEngineState()), "1\t3\t1\t0.5\t-1.25\t2");
 }
 
 TEST(StateRecordsBadInput, EveryPrefixAndShortenedDataIsRefused) {
-    const Bytes tail(40, 0x00);
-    for (const Bytes& bytes : {bytesOf(sampleEngineState()), bytesOf(EngineStateOutputData()),
-                               bytesOf(HeadTrackerStateOutputData(2)), bytesOf(samplePod())}) {
+    for (const Bytes& bytes : {encode(sampleEngineState()), encode(EngineStateOutputData()),
+                               encode(HeadTrackerStateOutputData(2)), encode(samplePod())}) {
         SCOPED_TRACE("object id " + std::to_string(bytes[0]));
-        eodtest::expectEveryPrefixRefused(bytes);
-        eodtest::expectEveryShortenedDataRefused(bytes);
-        eodtest::expectEveryShortenedDataRefused(bytes, tail);
+        eodtest::expectEveryTruncationRejected(bytes);
         eodtest::expectByteFlipsSurvived(bytes);
     }
     for (char id :

@@ -1,4 +1,3 @@
-#include <sstream>
 #include <string>
 #include <typeinfo>
 
@@ -97,23 +96,11 @@ void expectReadError(const Bytes& bytes, const std::string& message) {
         // The factory rewords the record's error; read the record directly for its own text.
     }
     boost::shared_ptr<Serializable> record = SerializableFactory::newObject(bytes[0]);
-    try {
-        record->unSerialize(bytes, pos);
-        ADD_FAILURE() << "no error";
-    } catch (const SerializableError& e) {
-        EXPECT_EQ(e.what(), message);
-    }
+    EXPECT_SERIALIZABLE_ERROR(record->unSerialize(bytes, pos), message);
     EXPECT_EQ(pos, 0);
     unsigned int status = 0;
     EXPECT_FALSE(SerializableFactory::newObjectWithStatus(bytes, pos, status));
     EXPECT_EQ(status, 8u);
-}
-
-std::vector<std::string> columns(const std::string& line) {
-    std::vector<std::string> result;
-    std::istringstream in(line);
-    for (std::string column; std::getline(in, column, '\t');) result.push_back(column);
-    return result;
 }
 
 }  // namespace
@@ -348,14 +335,10 @@ TEST(FaceTextureOutputData, TakesOnlyAnImageAsChild) {
     EXPECT_THROW(texture.addFaceTexture(static_cast<FaceTextureOutputData::FaceTextureType>(5),
                                         boost::shared_ptr<ImageOutputData>()),
                  SerializableError);
-    try {
-        texture.addSubObject(boost::shared_ptr<FaceOutputDataV2>(new FaceOutputDataV2()));
-        ADD_FAILURE() << "no error";
-    } catch (const SerializableError& e) {
-        EXPECT_STREQ(e.what(),
-                     "FaceTextureOutputData::doAddSubObject - object not derived from "
-                     "ImageOutputData");
-    }
+    EXPECT_SERIALIZABLE_ERROR(
+        texture.addSubObject(boost::shared_ptr<FaceOutputDataV2>(new FaceOutputDataV2())),
+        "FaceTextureOutputData::doAddSubObject - object not derived from "
+        "ImageOutputData");
     EXPECT_THROW(texture.addSubObject(textureImage()), SerializableError);  // one image only
     EXPECT_EQ(texture.faceTexture(), image);
     EXPECT_EQ(encode(texture), before);
@@ -388,11 +371,8 @@ TEST(FaceRecords, PrintOneHundredNinetyFixedColumns) {
     v2.addLandmark(landmark(100, 1, 2, -1, 0.5f, 0.25f));
     for (const SerializableComposite* f :
          std::initializer_list<const SerializableComposite*>{&v1, &v2}) {
-        std::ostringstream header, line;
-        f->printHeader(header);
-        f->printLine(line);
-        const auto labels = columns(header.str());
-        const auto values = columns(line.str());
+        const auto labels = eodtest::splitColumns(eodtest::headerLine(*f));
+        const auto values = eodtest::splitColumns(eodtest::valueLine(*f));
         ASSERT_EQ(labels.size(), 190u);
         ASSERT_EQ(values.size(), 190u);
         EXPECT_EQ(labels[0], "FLM_0_X");

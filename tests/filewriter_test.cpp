@@ -194,4 +194,29 @@ TEST_F(FileWriterTest, BufferedOutputFileStream) {
     }
 }
 
+// When bytes reach the system, as the stream's header describes it: a buffer of n bytes
+// holds n - 1; a write that does not fit, or of 1 KiB or more, goes through whole together
+// with what is pending.
+TEST_F(FileWriterTest, BufferedOutputFileStreamHandsOverWholeWrites) {
+    const std::string small(10, 's');
+    const std::string fill(53, 'f');
+    const std::string large(1024, 'l');
+    const std::string path = dir.file("whole.raw");
+    BufferedOutputFileStream out(path, std::ios_base::binary, 64);
+    out.write(small.data(), 10);
+    EXPECT_EQ(readFile(path).size(), 0u);
+    out.write(fill.data(), 53);  // exactly the free space
+    EXPECT_EQ(readFile(path).size(), 63u);
+    out.write(small.data(), 10);
+    EXPECT_EQ(readFile(path).size(), 63u);
+    out.flush();
+    EXPECT_EQ(readFile(path).size(), 73u);
+
+    const std::string big_path = dir.file("large.raw");
+    BufferedOutputFileStream big(big_path, std::ios_base::binary, 65536);
+    big.write(small.data(), 10);
+    big.write(large.data(), 1024);
+    EXPECT_EQ(readFile(big_path).size(), 1034u);
+}
+
 }  // namespace

@@ -22,8 +22,7 @@
 #include <boost/make_shared.hpp>
 #include <typeinfo>
 
-#include "eod/startupregistrations.h"
-#include "recordchecks_b.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 
@@ -70,7 +69,7 @@ TEST(FrameAccessors, GPSRecordsComeBackWithTheFrame) {
     EXPECT_EQ(frame.gpsOutputData(), gps);
     EXPECT_EQ(const_frame.gpsOutputDataV2(), gps2);
 
-    const auto read = eodtest::viaFactory<EngineOutputData>(frame);
+    const auto read = eodtest::decodeViaFactory<EngineOutputData>(eodtest::encode(frame));
     ASSERT_TRUE(read);
     const EngineOutputData& const_read = *read;
     ASSERT_TRUE(const_read.gpsOutputData());
@@ -80,36 +79,6 @@ TEST(FrameAccessors, GPSRecordsComeBackWithTheFrame) {
     EXPECT_FALSE(read->timingOutputData());
 }
 
-TEST(StartupRegistrations, RecordsAreRegisteredInTheFixedOrder) {
-    const struct {
-        char id;
-        const std::type_info& type;
-    } expected[] = {{40, typeid(EngineStateOutputData)}, {41, typeid(HeadTrackerStateOutputData)},
-                    {42, typeid(IRPodStateOutputData)},  {10, typeid(TimingOutputData)},
-                    {20, typeid(FeatureSetsByCamera)},   {32, typeid(InertiaOutputData)},
-                    {36, typeid(CustomEventOutputData)}, {34, typeid(GPSOutputData)},
-                    {35, typeid(GPSOutputDataV2)}};
-    for (const auto& e : expected) {
-        SCOPED_TRACE(int(e.id));
-        const boost::shared_ptr<Serializable> record = SerializableFactory::newObject(e.id);
-        ASSERT_TRUE(record);
-        const Serializable& r = *record;
-        EXPECT_EQ(typeid(r), e.type);
-    }
-    // The feature ids are known to their parents only.
-    for (char id = 21; id <= 28; ++id) EXPECT_FALSE(SerializableFactory::newObject(id));
-
-    const std::vector<char> order = {9,  40, 41, 42, 11, 16, 91, 93, 94, 15, 13,
-                                     12, 14, 10, 19, 43, 18, 29, 44, 39, 17, 20,
-                                     45, 30, 31, 32, 36, 34, 35, 92, 95, 96};
-    std::size_t next = 0;
-    for (const auto& registration : detail::startupRegistrations()) {
-        const auto at =
-            std::find(order.begin() + static_cast<long>(next), order.end(), registration.object_id);
-        ASSERT_NE(at, order.end()) << "id " << int(registration.object_id) << " out of order";
-        next = static_cast<std::size_t>(at - order.begin()) + 1;
-    }
-}
 
 TEST(FrameAccessors, HeadFaceAndEyeComeFromTheFirstFaceSetBeforeTheFrame) {
     EngineOutputData frame;
@@ -173,14 +142,10 @@ TEST(FrameAccessors, ARecordOfTheWrongClassUnderAnIdIsAProgrammingError) {
         Impostor* clone() const override { return new Impostor(*this); }
     };
     frame.addSubObject(boost::make_shared<Impostor>());
-    try {
-        frame.imagesOutputData();
-        FAIL() << "expected SerializableError";
-    } catch (const SerializableError& e) {
-        EXPECT_STREQ(e.what(),
-                     "SerializableComposite::subObject() - programming error. ID does not match "
-                     "object type");
-    }
+    EXPECT_SERIALIZABLE_ERROR(
+        frame.imagesOutputData(),
+        "SerializableComposite::subObject() - programming error. ID does not match "
+        "object type");
     EngineOutputData other;
     EXPECT_FALSE(imageCollectionOutputData(other));
     EXPECT_TRUE(addImageCollectionOutputDataIfMissing(other));

@@ -8,7 +8,7 @@
 #include <eod/utils/geomutils.h>
 
 #include "eod/bytecodec.h"
-#include "recordchecks.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using eodtest::Bytes;
@@ -99,13 +99,7 @@ TEST(GazeOutputData, EncodesItsFieldsInWireOrder) {
 }
 
 TEST(GazeOutputData, RoundTripsFieldForField) {
-    const GazeOutputData gaze = sampleGaze();
-    const auto decoded = eodtest::decodeBothWays<GazeOutputData>(encode(gaze));
-    expectSameFields(decoded.first, gaze);
-    expectSameFields(decoded.second, gaze);
-    GazeOutputData copied;
-    copied.copyFrom(gaze);
-    expectSameFields(copied, gaze);
+    eodtest::expectRoundTripsFieldForField(sampleGaze(), expectSameFields);
 }
 
 TEST(GazeOutputData, FailedSettersThrowAndChangeNothing) {

@@ -7,7 +7,7 @@
 
 #include <eod/utils/geomutils.h>
 
-#include "recordchecks.h"
+#include "recordtesting.h"
 
 using namespace tq::eod::utils;
 using Floats = std::vector<float>;

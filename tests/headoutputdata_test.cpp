@@ -11,7 +11,7 @@
 #include <eod/utils/geomutils.h>
 
 #include "eod/bytecodec.h"
-#include "recordchecks.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using eodtest::Bytes;
@@ -97,16 +97,7 @@ TEST(HeadOutputData, EncodesItsFieldsInWireOrder) {
 }
 
 TEST(HeadOutputData, RoundTripsFieldForField) {
-    const HeadOutputData head = sampleV1();
-    const auto decoded = eodtest::decodeBothWays<HeadOutputData>(encode(head));
-    expectSameFields(decoded.first, head);
-    expectSameFields(decoded.second, head);
-    const HeadOutputData copied(head);
-    expectSameFields(copied, head);
-    HeadOutputData assigned;
-    assigned.copyFrom(head);
-    expectSameFields(assigned, head);
-    expectSameFields(*std::unique_ptr<HeadOutputData>(head.clone()), head);
+    eodtest::expectRoundTripsFieldForField(sampleV1(), expectSameFields);
 }
 
 TEST(HeadOutputData, FailedSettersThrowAndChangeNothing) {

@@ -2,7 +2,6 @@
 #include <cstring>
 #include <initializer_list>
 #include <memory>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -123,15 +122,11 @@ TEST(ImageOutputData, RawSizeBeyondTheBytesPresentIsRefusedBeforeAllocating) {
         const Bytes bytes = imageAnnouncing(c.height, c.bytes_per_line, c.present);
         ImageOutputData image = smallImage();
         int pos = 0;
-        try {
-            image.unSerialize(bytes, pos);
-            ADD_FAILURE() << "no error";
-        } catch (const SerializableError& e) {
-            // This message comes from the check made before any buffer is allocated.
-            EXPECT_STREQ(e.what(),
-                         "ImageOutputData::readFromBuffer() - image size exceeds amount of data "
-                         "in buffer");
-        }
+        // This message comes from the check made before any buffer is allocated.
+        EXPECT_SERIALIZABLE_ERROR(
+            image.unSerialize(bytes, pos),
+            "ImageOutputData::readFromBuffer() - image size exceeds amount of data "
+            "in buffer");
         EXPECT_EQ(pos, 0);
         // The old raw data was released first; a failed read leaves an empty image.
         EXPECT_EQ(image.rawData(), nullptr);
@@ -232,12 +227,10 @@ TEST(ImageOutputData, RawDataAllocIsAlignedAndChecksItsSize) {
 }
 
 TEST(ImageOutputData, PrintsGeometryIdentifierAndFormatButNoPixels) {
-    std::ostringstream header, line;
     const ImageOutputData image = smallImage();
-    image.printHeader(header);
-    image.printLine(line);
-    EXPECT_EQ(header.str(), "WIDTH\tHEIGHT\tBYTES_PER_LINE\tIMAGE_IDENTIFIER\tIMAGE_FORMAT");
-    EXPECT_EQ(line.str(), "2\t2\t3\tab\t7");
+    EXPECT_EQ(eodtest::headerLine(image),
+              "WIDTH\tHEIGHT\tBYTES_PER_LINE\tIMAGE_IDENTIFIER\tIMAGE_FORMAT");
+    EXPECT_EQ(eodtest::valueLine(image), "2\t2\t3\tab\t7");
 }
 
 namespace {
@@ -342,14 +335,10 @@ TEST(ImageCollectionOutputData, HostileCountsAndDuplicatesAreRejected) {
     const std::size_t second_identifier = 3 + 1 + 2 + one.size() + 3 + 12;
     ASSERT_EQ(duplicate.at(second_identifier), 'b');
     duplicate[second_identifier] = 'a';
-    try {
-        read.unSerialize(duplicate, pos);
-        ADD_FAILURE() << "no error";
-    } catch (const SerializableError& e) {
-        EXPECT_STREQ(e.what(),
-                     "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
-                     "identifier");
-    }
+    EXPECT_SERIALIZABLE_ERROR(
+        read.unSerialize(duplicate, pos),
+        "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
+        "identifier");
 }
 
 TEST(ImageCollectionOutputData, EveryTruncationIsRejected) {
@@ -362,9 +351,6 @@ TEST(ImageCollectionOutputData, EveryTruncationIsRejected) {
 TEST(ImageCollectionOutputData, PrintsTheNumberOfImages) {
     ImageCollectionOutputData images;
     images.addImage(sharedImage("a"));
-    std::ostringstream header, line;
-    images.printHeader(header);
-    images.printLine(line);
-    EXPECT_EQ(header.str(), "NUM_IMAGES");
-    EXPECT_EQ(line.str(), "1");
+    EXPECT_EQ(eodtest::headerLine(images), "NUM_IMAGES");
+    EXPECT_EQ(eodtest::valueLine(images), "1");
 }

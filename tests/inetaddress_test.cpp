@@ -8,6 +8,7 @@
 #include <eod/eod.h>
 
 #include "nettesthelpers.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -18,7 +19,7 @@ namespace {
 // asking any server: the test stays on this machine.
 const std::string kUnresolvable = std::string(64, 'a') + ".invalid";
 
-const char* const kModule = "eod/io/inetaddress.cpp";
+const char* const kModule = "io/inetaddress";
 
 TEST(InetAddress, StartsAsTheWildcardAddress) {
     const InetAddress address(1234);
@@ -35,8 +36,7 @@ TEST(InetAddress, PortsOutsideSixteenBitsAreUsageErrors) {
     InetAddress address(80);
     for (int bad : {-1, 65536}) {
         SCOPED_TRACE(bad);
-        EXPECT_TRUE(nettest::isUsageError(nettest::usageErrorText([&] { address.setPort(bad); }),
-                                          kModule, "port out of range"));
+        EXPECT_USAGE_ERROR(address.setPort(bad), kModule, "port out of range");
         EXPECT_EQ(address.getPort(), 80);
     }
     address.setPort(65535);
@@ -128,9 +128,7 @@ TEST(InetAddress, LocalAddressTable) {
         EXPECT_TRUE(address.isLocal());
     }
     InetAddress address(3);
-    EXPECT_TRUE(nettest::isUsageError(
-        nettest::usageErrorText([&] { address.setLocalAdapter(table.size()); }), kModule,
-        "num < _local_addr.size()"));
+    EXPECT_USAGE_ERROR(address.setLocalAdapter(table.size()), kModule, "num < _local_addr.size()");
     EXPECT_EQ(address.getHostIP(), "0.0.0.0");
     EXPECT_THROW(InetAddress(3, -1), std::invalid_argument);
 }

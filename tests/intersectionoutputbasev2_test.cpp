@@ -5,16 +5,15 @@
 
 #include <climits>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "eod/bytecodec.h"
-#include "recordtest.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
-using recordtest::Bytes;
-using recordtest::encode;
+using eodtest::Bytes;
+using eodtest::encode;
 
 namespace {
 
@@ -49,6 +48,9 @@ void expectSameItems(const T& a, const T& b) {
         EXPECT_EQ(x.plane(label), y.plane(label));
         EXPECT_EQ(x.pixel(label), y.pixel(label));
     }
+    if constexpr (std::is_same<T, GazeIntersectionOutputDataV4>::value) {
+        EXPECT_EQ(a.eyeId(), b.eyeId());
+    }
 }
 
 template <class T>
@@ -63,18 +65,12 @@ constexpr unsigned int eyeBytes(bool v4) { return v4 ? 1 : 0; }
 
 TYPED_TEST(SecondGenerationRecord, RoundTripsFieldForField) {
     const TypeParam original = filled<TypeParam>();
-    const Bytes bytes = encode(original);
-    const TypeParam decoded = recordtest::decodeAs<TypeParam>(bytes);
-    expectSameItems(decoded, original);
-    const boost::shared_ptr<TypeParam> built = recordtest::decodeThroughFactory<TypeParam>(bytes);
-    ASSERT_TRUE(built);
-    expectSameItems(*built, original);
     if constexpr (std::is_same<TypeParam, GazeIntersectionOutputDataV4>::value) {
-        EXPECT_EQ(decoded.eyeId(), LEFT_EYE);
-        EXPECT_EQ(built->eyeId(), LEFT_EYE);
+        EXPECT_EQ(original.eyeId(), LEFT_EYE);
     }
+    eodtest::expectRoundTripsFieldForField(original, expectSameItems<TypeParam>);
     const boost::shared_ptr<TypeParam> copy(original.clone());
-    EXPECT_EQ(encode(*copy), bytes);
+    EXPECT_EQ(encode(*copy), encode(original));
 }
 
 TYPED_TEST(SecondGenerationRecord, EmptyRecordIsFourZeroCounts) {
@@ -99,7 +95,7 @@ TYPED_TEST(SecondGenerationRecord, SizeFollowsTheFormula) {
 }
 
 TYPED_TEST(SecondGenerationRecord, EveryTruncationFails) {
-    recordtest::expectEveryTruncationFails(encode(filled<TypeParam>()));
+    eodtest::expectEveryTruncationRejected<TypeParam>(encode(filled<TypeParam>()));
 }
 
 TEST(IntersectionOutputBaseV2, ExactBytesOfOneItem) {
@@ -216,7 +212,7 @@ TEST(IntersectionOutputBaseV2, NewLabelsSkipIndicesReadFromBytes) {
     EXPECT_FALSE(record.hasWorld("b"));
 }
 
-const std::string MODULE = "^eod/intersectionoutputbasev2\\.cpp:[0-9]+: ";
+const std::string MODULE = "intersectionoutputbasev2";
 
 TEST(IntersectionOutputBaseV2, FailedAddIntersectionNamesTheProblemAndChangesNothing) {
     using Record = GazeIntersectionOutputDataV3;
@@ -262,7 +258,7 @@ TEST(IntersectionOutputBaseV2, FailedAddIntersectionNamesTheProblemAndChangesNot
         const Bytes before = encode(record);
         for (const Case& c : cases) {
             SCOPED_TRACE(c.what + " for label " + label);
-            recordtest::expectUsageError([&] { c.call(record, label); }, MODULE + c.reason + "$");
+            EXPECT_USAGE_ERROR(c.call(record, label), MODULE, c.reason);
             EXPECT_EQ(encode(record), before);
         }
     }
@@ -272,41 +268,27 @@ TEST(GazeIntersectionOutputDataV4, EyeIdIsCheckedAndDefaultsToTheRightEye) {
     GazeIntersectionOutputDataV4 record;
     EXPECT_EQ(record.eyeId(), RIGHT_EYE);
     record.setEyeId(BOTH_EYES);
-    recordtest::expectUsageError(
-        [&] { record.setEyeId(static_cast<EyeId>(3)); },
-        "^eod/gazeintersectionoutputdatav4\\.cpp:[0-9]+: eye_id should be either LEFT_EYE, "
-        "RIGHT_EYE or BOTH_EYES$");
+    EXPECT_USAGE_ERROR(record.setEyeId(static_cast<EyeId>(3)), "gazeintersectionoutputdatav4",
+                       "eye_id should be either LEFT_EYE, RIGHT_EYE or BOTH_EYES");
     EXPECT_EQ(record.eyeId(), BOTH_EYES);
     EXPECT_FALSE(record.forbidDuplicateSiblings());
-}
-
-std::string header(const Serializable& record) {
-    std::ostringstream os;
-    record.printHeader(os);
-    return os.str();
-}
-
-std::string line(const Serializable& record) {
-    std::ostringstream os;
-    record.printLine(os);
-    return os.str();
 }
 
 TEST(IntersectionOutputBaseV2, TextShowsTheFirstLabelAndZerosForMissingValues) {
     const std::string columns =
         "ITEM_NAME\tWORLD_X\tWORLD_Y\tWORLD_Z\tPLANE_X\tPLANE_Y\tPIXEL_X\tPIXEL_Y";
-    EXPECT_EQ(header(GazeIntersectionOutputDataV3()), columns);
-    EXPECT_EQ(header(HeadIntersectionOutputDataV2()), columns);
-    EXPECT_EQ(header(GazeIntersectionOutputDataV4()), "EYE_ID\t" + columns);
+    EXPECT_EQ(eodtest::headerLine(GazeIntersectionOutputDataV3()), columns);
+    EXPECT_EQ(eodtest::headerLine(HeadIntersectionOutputDataV2()), columns);
+    EXPECT_EQ(eodtest::headerLine(GazeIntersectionOutputDataV4()), "EYE_ID\t" + columns);
 
-    EXPECT_EQ(line(HeadIntersectionOutputDataV2()), "Nothing\t0\t0\t0\t0\t0\t0\t0");
+    EXPECT_EQ(eodtest::valueLine(HeadIntersectionOutputDataV2()), "Nothing\t0\t0\t0\t0\t0\t0\t0");
     GazeIntersectionOutputDataV4 record;
     record.setEyeId(LEFT_EYE);
     record.addIntersection("zeta", {9, 9, 9}, {9, 9}, {9, 9});
     record.addIntersection("alpha", {1.5f, 2, 3});
-    EXPECT_EQ(line(record), "1\talpha\t1.5\t2\t3\t0\t0\t0\t0");
+    EXPECT_EQ(eodtest::valueLine(record), "1\talpha\t1.5\t2\t3\t0\t0\t0\t0");
     record.addIntersection("alpha", {1, 2, 3}, {4, 5}, {6, 7});
-    EXPECT_EQ(line(record), "1\talpha\t1\t2\t3\t4\t5\t6\t7");
+    EXPECT_EQ(eodtest::valueLine(record), "1\talpha\t1\t2\t3\t4\t5\t6\t7");
 }
 
 struct BadInput {
@@ -371,7 +353,7 @@ TEST(IntersectionOutputBaseV2, ReaderRejectsBadTables) {
         boost::shared_ptr<Serializable> record = SerializableFactory::newObject(c.id);
         ASSERT_TRUE(record);
         int pos = 0;
-        recordtest::expectSerializableError([&] { record->unSerialize(bytes, pos); }, c.message);
+        EXPECT_SERIALIZABLE_ERROR(record->unSerialize(bytes, pos), c.message);
         EXPECT_EQ(pos, 0);
         unsigned int status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(bytes, pos, status));
@@ -386,9 +368,8 @@ TEST(IntersectionOutputBaseV2, LabelRunningToTheEndOfTheBufferIsRejected) {
     Serializable::writeHeader(bytes, V3, static_cast<unsigned int>(data.size()));
     bytes.insert(bytes.end(), data.begin(), data.end());
     int pos = 0;
-    recordtest::expectSerializableError(
-        [&] { GazeIntersectionOutputDataV3().unSerialize(bytes, pos); },
-        "Serializable::readBuffer() - Missing terminator for string.");
+    EXPECT_SERIALIZABLE_ERROR(GazeIntersectionOutputDataV3().unSerialize(bytes, pos),
+                              "Serializable::readBuffer() - Missing terminator for string.");
 }
 
 TEST(IntersectionOutputBaseV2, CountThatTheBytesCanHoldPassesTheCheck) {
@@ -396,9 +377,8 @@ TEST(IntersectionOutputBaseV2, CountThatTheBytesCanHoldPassesTheCheck) {
     // labels, so the count passes and the record runs out at the world point count.
     const Bytes bytes = recordBytes(V3, Table().count(2).label("", 0).label("x", 1).bytes);
     int pos = 0;
-    recordtest::expectSerializableError(
-        [&] { GazeIntersectionOutputDataV3().unSerialize(bytes, pos); },
-        "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_SERIALIZABLE_ERROR(GazeIntersectionOutputDataV3().unSerialize(bytes, pos),
+                              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
 }
 
 TEST(IntersectionOutputBaseV2, FailedReadKeepsTheItemsItHad) {

@@ -19,6 +19,7 @@
 #include <eod/io/serialport.h>
 
 #include "nettesthelpers.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -26,11 +27,7 @@ using Bytes = std::vector<unsigned char>;
 
 namespace {
 
-// Passes when call throws this module's usage error with exactly this reason.
-template <class F>
-testing::AssertionResult isUsage(F&& call, const std::string& reason) {
-    return nettest::isUsageError(nettest::usageErrorText(call), "eod/io/serialport.cpp", reason);
-}
+const char* const kModule = "io/serialport";
 
 // The frame the remote device would send, built independently of the port.
 Bytes frameOf(const Bytes& payload) {
@@ -158,8 +155,8 @@ TEST(SerialPortCrc, KnownAnswersAndCheck) {
         EXPECT_FALSE(SerialPort::checkCRC(bad));
     }
     EXPECT_TRUE(SerialPort::checkCRC(Bytes{0x00, 0x00}));
-    EXPECT_TRUE(isUsage([] { SerialPort::checkCRC(Bytes{0x00}); },
-                        "data should contain at least two checksum bytes"));
+    EXPECT_USAGE_ERROR(SerialPort::checkCRC(Bytes{0x00}), kModule,
+                       "data should contain at least two checksum bytes");
 }
 
 TEST(SerialPortSettings, BaudRateFlags) {
@@ -178,8 +175,8 @@ TEST(SerialPortSettings, BaudRateFlags) {
     EXPECT_EQ(static_cast<int>(BAUD_14400), 14000);
     for (int bad : {14400, 0, 100, 230400}) {
         SCOPED_TRACE(bad);
-        EXPECT_TRUE(isUsage([bad] { SerialPort::baudRateFlag(static_cast<BaudRate>(bad)); },
-                            "unknown baud rate"));
+        EXPECT_USAGE_ERROR(SerialPort::baudRateFlag(static_cast<BaudRate>(bad)), kModule,
+                           "unknown baud rate");
     }
 }
 
@@ -194,20 +191,20 @@ TEST(SerialPortSettings, PortNamesAndDevices) {
         SCOPED_TRACE(bad);
         const ComPortID id = static_cast<ComPortID>(bad);
         const std::string reason = "post_id outside the range 0..NUM_PORTS-1";
-        EXPECT_TRUE(isUsage([id] { SerialPort::portName(id); }, reason));
-        EXPECT_TRUE(isUsage([id] { SerialPort::devicePath(id); }, reason));
-        EXPECT_TRUE(isUsage([id] { SerialPort port(id, BAUD_9600); }, reason));
+        EXPECT_USAGE_ERROR(SerialPort::portName(id), kModule, reason);
+        EXPECT_USAGE_ERROR(SerialPort::devicePath(id), kModule, reason);
+        EXPECT_USAGE_ERROR(SerialPort port(id, BAUD_9600), kModule, reason);
     }
 }
 
 TEST(SerialPortSettings, ConstructorChecksAndDoesNotOpen) {
     const std::string nowhere = "/nonexistent/tty";
-    EXPECT_TRUE(
-        isUsage([&] { SerialPort(nowhere, static_cast<BaudRate>(14400)); }, "unknown baud rate"));
-    EXPECT_TRUE(isUsage([&] { SerialPort(nowhere, BAUD_9600, true, 5); },
-                        "parity outside the range NOPARITY..SPACEPARITY"));
-    EXPECT_TRUE(isUsage([&] { SerialPort(nowhere, BAUD_9600, true, NOPARITY, 3); },
-                        "stop_bits outside thet range ONESTOPBIT..TWOSTOPBITS"));
+    EXPECT_USAGE_ERROR(SerialPort(nowhere, static_cast<BaudRate>(14400)), kModule,
+                       "unknown baud rate");
+    EXPECT_USAGE_ERROR(SerialPort(nowhere, BAUD_9600, true, 5), kModule,
+                       "parity outside the range NOPARITY..SPACEPARITY");
+    EXPECT_USAGE_ERROR(SerialPort(nowhere, BAUD_9600, true, NOPARITY, 3), kModule,
+                       "stop_bits outside thet range ONESTOPBIT..TWOSTOPBITS");
     const SerialPort port(COM10, BAUD_9600, false, SPACEPARITY, TWOSTOPBITS);
     EXPECT_FALSE(port.isOpen());
     EXPECT_EQ(port.device(), "/dev/ttyS9");
@@ -245,7 +242,7 @@ TEST(SerialPortErrors, OpenFailures) {
     SerialPort not_a_tty("/dev/null", BAUD_9600);
     EXPECT_EQ(not_a_tty.openNoThrow(), static_cast<unsigned long>(ENOTTY));
     EXPECT_FALSE(not_a_tty.isOpen());
-    EXPECT_TRUE(isUsage([&] { not_a_tty.openNoThrow(true, -1); }, "timeout_ms is negative"));
+    EXPECT_USAGE_ERROR(not_a_tty.openNoThrow(true, -1), kModule, "timeout_ms is negative");
 }
 
 TEST(SerialPortErrors, ClosedPort) {
@@ -262,11 +259,11 @@ TEST(SerialPortErrors, ClosedPort) {
     EXPECT_EQ(size, 0);
     EXPECT_EQ(out, (Bytes{1, 2}));
     EXPECT_THROW(port.read(), SerialPortError);
-    EXPECT_TRUE(isUsage([&] { port.reset(); }, "reset() called on non-open serial port"));
-    EXPECT_TRUE(isUsage([&] { port.flush(); }, "flush() called on non-open serial port"));
-    EXPECT_TRUE(isUsage([&] { port.setReadTimeoutMillis(-1); }, "timeout_ms is negative"));
-    EXPECT_TRUE(isUsage([&] { port.setWriteTimeoutMillis(-1); }, "timeout_ms is negative"));
-    EXPECT_TRUE(isUsage([&] { port.readNoThrow(out, -1, false); }, "count is negative"));
+    EXPECT_USAGE_ERROR(port.reset(), kModule, "reset() called on non-open serial port");
+    EXPECT_USAGE_ERROR(port.flush(), kModule, "flush() called on non-open serial port");
+    EXPECT_USAGE_ERROR(port.setReadTimeoutMillis(-1), kModule, "timeout_ms is negative");
+    EXPECT_USAGE_ERROR(port.setWriteTimeoutMillis(-1), kModule, "timeout_ms is negative");
+    EXPECT_USAGE_ERROR(port.readNoThrow(out, -1, false), kModule, "count is negative");
     EXPECT_EQ(port.readTimeoutMillis(), SerialPort::DEFAULT_READ_TIMEOUT_MS);
     EXPECT_EQ(port.writeTimeoutMillis(), SerialPort::DEFAULT_WRITE_TIMEOUT_MS);
 }

@@ -15,18 +15,17 @@
 #include <eod/eod.h>
 
 #include "nettesthelpers.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
 using nettest::Connection;
-using nettest::isUsageError;
 using nettest::kPatientMs;
 using nettest::loopback;
-using nettest::usageErrorText;
 
 namespace {
 
-const char* const kModule = "eod/io/tcpsocket.cpp";
+const char* const kModule = "io/tcpsocket";
 const std::string kReset = "The connection was forcibly closed by the remote host.";
 
 using Bytes = std::vector<unsigned char>;
@@ -58,14 +57,13 @@ TEST(TcpSocket, CallsInTheWrongStateAreUsageErrors) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
-        EXPECT_TRUE(isUsageError(usageErrorText(c.call), kModule, c.reason));
+        EXPECT_USAGE_ERROR(c.call(), kModule, c.reason);
     }
     EXPECT_EQ(out, (Bytes{1, 2}));
 
     TcpSocket opened;
     opened.open();
-    EXPECT_TRUE(
-        isUsageError(usageErrorText([&] { opened.open(); }), kModule, "socket already open"));
+    EXPECT_USAGE_ERROR(opened.open(), kModule, "socket already open");
     EXPECT_TRUE(opened.opened());
 }
 
@@ -120,15 +118,13 @@ TEST(TcpSocket, AcceptedConnectionKnowsBothEnds) {
     EXPECT_EQ(c.server->getRemoteAddress(), c.client->getLocalAddress());
     EXPECT_EQ(c.client->getInetAddress(), c.listener->getLocalAddress());
     EXPECT_NE(c.client->getLocalAddress().getPort(), 0);
-    EXPECT_TRUE(isUsageError(usageErrorText([&] { c.server->bind(loopback(0)); }), kModule,
-                             "socket connected"));
+    EXPECT_USAGE_ERROR(c.server->bind(loopback(0)), kModule, "socket connected");
 }
 
 TEST(TcpSocket, ASecondConnectClosesTheSocket) {
     Connection c;
-    EXPECT_TRUE(
-        isUsageError(usageErrorText([&] { c.client->connect(c.listener->getLocalAddress()); }),
-                     kModule, "already connected socket."));
+    EXPECT_USAGE_ERROR(c.client->connect(c.listener->getLocalAddress()), kModule,
+                       "already connected socket.");
     EXPECT_FALSE(c.client->opened());
     EXPECT_FALSE(c.client->connected());
 }
@@ -323,19 +319,16 @@ TEST(TcpSocketBuffer, HoldsTheSizeAskedFor) {
     TcpSocket::Buffer copy;
     copy = buffer;
     EXPECT_EQ(copy.buffer()[15], 'x');
-    EXPECT_TRUE(isUsageError(usageErrorText([&] { buffer.setSize(-1); }), kModule, "n >= 0"));
+    EXPECT_USAGE_ERROR(buffer.setSize(-1), kModule, "n >= 0");
 }
 
 TEST(TcpEndPoint, TakesOnlyConnectedSockets) {
-    const char* const module = "eod/io/tcpendpoint.cpp";
-    EXPECT_TRUE(isUsageError(usageErrorText([] { TcpEndPoint end(nullptr); }), module,
-                             "_socket.get() != 0"));
-    EXPECT_TRUE(isUsageError(usageErrorText([] { TcpEndPoint end(new TcpSocket()); }), module,
-                             "_socket->connected()"));
+    const char* const module = "io/tcpendpoint";
+    EXPECT_USAGE_ERROR(TcpEndPoint end(nullptr), module, "_socket.get() != 0");
+    EXPECT_USAGE_ERROR(TcpEndPoint end(new TcpSocket()), module, "_socket->connected()");
     TcpEndPoint unopened;
     Bytes out;
-    EXPECT_TRUE(
-        isUsageError(usageErrorText([&] { unopened.receive(out, false); }), module, "opened()"));
+    EXPECT_USAGE_ERROR(unopened.receive(out, false), module, "opened()");
 }
 
 TEST(TcpEndPoint, ReceiveTimeout) {

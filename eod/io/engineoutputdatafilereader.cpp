@@ -38,6 +38,12 @@ const char FIND_NEXT_FAILED[] =
     throw EngineOutputDataFileError(text + std::to_string(ec.value()));
 }
 
+[[noreturn]] void throwCorruptLog(const std::wstring& path) {
+    throw EngineOutputDataFileError(
+        "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
+        detail::narrowPath(path));
+}
+
 }  // namespace
 
 EngineOutputDataFileReader::EngineOutputDataStream::EngineOutputDataStream(const std::wstring& path)
@@ -56,12 +62,19 @@ EngineOutputDataFileReader::EngineOutputDataStream::current() {
         unsigned int status = 0;
         _current = boost::dynamic_pointer_cast<EngineOutputData>(_reader.read(status));
         if (!_current) {
-            throw EngineOutputDataFileError(
-                "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
-                detail::narrowPath(_path));
+            // Nothing of this file follows a bad record at its end, so the error can wait
+            // until the other files have given their frames.
+            if (!_reader.atEnd()) throwCorruptLog(_path);
+            _torn_tail = true;
         }
     }
     return _current;
+}
+
+void EngineOutputDataFileReader::EngineOutputDataStream::throwTornTail() {
+    if (!_torn_tail) return;
+    _torn_tail = false;
+    throwCorruptLog(_path);
 }
 
 EngineOutputDataFileReader::EngineOutputDataFileReader() = default;
@@ -177,18 +190,28 @@ unsigned int EngineOutputDataFileReader::nextMergableFrameNum() {
 
 bool EngineOutputDataFileReader::endOfData() const {
     for (const auto& stream : _streams) {
-        if (stream->current()) return false;
+        // current() first: reading may be what finds the torn tail.
+        if (stream->current() || stream->hasTornTail()) return false;
     }
     return true;
 }
 
+bool EngineOutputDataFileReader::hasRecords() const {
+    for (const auto& stream : _streams) {
+        if (stream->current()) return true;
+    }
+    return false;
+}
+
 boost::shared_ptr<EngineOutputData> EngineOutputDataFileReader::readData() {
     EOD_REQUIRE(areFilesOpen(), "files are not open");
-    if (endOfData()) return boost::shared_ptr<EngineOutputData>();
     const unsigned int frame = nextMergableFrameNum();
     // Passing over records without mergeable sub-objects may have used up every file; the
     // frame number alone cannot tell, since the largest one is a valid number too.
-    if (endOfData()) return boost::shared_ptr<EngineOutputData>();
+    if (!hasRecords()) {
+        for (const auto& stream : _streams) stream->throwTornTail();
+        return boost::shared_ptr<EngineOutputData>();
+    }
     boost::shared_ptr<EngineOutputData> result(new EngineOutputData());
     result->setFrameNum(frame);
     for (const auto& stream : _streams) {

@@ -143,6 +143,13 @@ void EngineOutputDataFileWriter::serializeObject(const Serializable& object, std
     if (stream.fail()) throw EngineOutputDataFileError("Failed to write to stream.");
 }
 
+void EngineOutputDataFileWriter::flush() {
+    EOD_REQUIRE(areFilesOpen(), "no files are open");
+    for (auto& entry : _streams) {
+        if (!entry.second->flush()) throw EngineOutputDataFileError("Failed to write to stream.");
+    }
+}
+
 void EngineOutputDataFileWriter::closeFiles() {
     for (auto& entry : _streams) {
         if (entry.second->is_open()) entry.second->close();

@@ -11,9 +11,7 @@
 // readers skip it whole. The library's feature ids 21 to 28 belong to sets, points and
 // rectangles, and the feature containers refuse a circle under them.
 
-#include <ostream>
 #include <string>
-#include <vector>
 
 #include <eod/featureoutputdata.h>
 
@@ -29,30 +27,15 @@ public:
     ~FeatureCircle() override;
     void copyFrom(const FeatureCircle& other) { *this = other; }
 
-    unsigned int numDataBytes() const override;
     FeatureCircle* clone() const override;
-    void printLine(std::ostream& os) const override;
-    void printHeader(std::ostream& os) const override;
 
-    float x() const { return _x; }
-    float y() const { return _y; }
-    float radius() const { return _radius; }
+    float x() const { return value(0); }
+    float y() const { return value(1); }
+    float radius() const { return value(2); }
     // Each value must be invalidValue() or within 0..1. Checked in order; the first that
     // fails throws std::invalid_argument "<x|y|radius> not invalidValue() and outside the
     // range 0..1" and the circle keeps its values.
     void setGeometry(float x, float y, float radius);
-
-protected:
-    void appendBuffer(std::vector<unsigned char>& buffer) const override;
-    void readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) override;
-
-private:
-    template <class Self, class V>
-    static void visitFields(Self& self, V& v);
-
-    float _x = invalidValue();
-    float _y = invalidValue();
-    float _radius = invalidValue();
 };
 
 }  // namespace eod

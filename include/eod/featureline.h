@@ -11,9 +11,7 @@
 // it whole. The library's feature ids 21 to 28 belong to sets, points and rectangles, and
 // the feature containers refuse a line under them.
 
-#include <ostream>
 #include <string>
-#include <vector>
 
 #include <eod/featureoutputdata.h>
 
@@ -29,32 +27,16 @@ public:
     ~FeatureLine() override;
     void copyFrom(const FeatureLine& other) { *this = other; }
 
-    unsigned int numDataBytes() const override;
     FeatureLine* clone() const override;
-    void printLine(std::ostream& os) const override;
-    void printHeader(std::ostream& os) const override;
 
-    float x1() const { return _x1; }
-    float y1() const { return _y1; }
-    float x2() const { return _x2; }
-    float y2() const { return _y2; }
+    float x1() const { return value(0); }
+    float y1() const { return value(1); }
+    float x2() const { return value(2); }
+    float y2() const { return value(3); }
     // Each value must be invalidValue() or within 0..1. Checked in order; the first that
     // fails throws std::invalid_argument "<x1|y1|x2|y2> is not a valid value" and the line
     // keeps its values.
     void setEndPoints(float x1, float y1, float x2, float y2);
-
-protected:
-    void appendBuffer(std::vector<unsigned char>& buffer) const override;
-    void readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) override;
-
-private:
-    template <class Self, class V>
-    static void visitFields(Self& self, V& v);
-
-    float _x1 = invalidValue();
-    float _y1 = invalidValue();
-    float _x2 = invalidValue();
-    float _y2 = invalidValue();
 };
 
 }  // namespace eod

@@ -4,9 +4,7 @@
 // A point feature, such as a pupil position. Data bytes (8): x, y (float each).
 // Text columns: name + "_X", name + "_Y".
 
-#include <ostream>
 #include <string>
-#include <vector>
 
 #include <eod/featureoutputdata.h>
 
@@ -28,28 +26,14 @@ public:
     // "R_PUPILPOS" for RIGHT_PUPIL_ID, "L_PUPILPOS" for LEFT_PUPIL_ID, "POINT" for any other.
     static std::string IDToName(char object_id);
 
-    unsigned int numDataBytes() const override;
     FeaturePoint* clone() const override;
-    void printLine(std::ostream& os) const override;
-    void printHeader(std::ostream& os) const override;
 
-    float x() const { return _x; }
-    float y() const { return _y; }
+    float x() const { return value(0); }
+    float y() const { return value(1); }
     // Each value must be invalidValue() or within 0..1. Checked in order; the first that
     // fails throws std::invalid_argument "x is not a valid value" or "y is not a valid
     // value" and the point keeps its values.
     void setPosition(float x, float y);
-
-protected:
-    void appendBuffer(std::vector<unsigned char>& buffer) const override;
-    void readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) override;
-
-private:
-    template <class Self, class V>
-    static void visitFields(Self& self, V& v);
-
-    float _x = invalidValue();
-    float _y = invalidValue();
 };
 
 }  // namespace eod

@@ -4,9 +4,7 @@
 // A rectangle feature, such as the face, eye or mouth region. Data bytes (16): x, y,
 // width, height (float each). Text columns: name + "_X", "_Y", "_WIDTH", "_HEIGHT".
 
-#include <ostream>
 #include <string>
-#include <vector>
 
 #include <eod/featureoutputdata.h>
 
@@ -31,30 +29,14 @@ public:
     // letters long), "RECT" for any other.
     static std::string IDToName(char object_id);
 
-    unsigned int numDataBytes() const override;
     FeatureRect* clone() const override;
-    void printLine(std::ostream& os) const override;
-    void printHeader(std::ostream& os) const override;
 
-    float x() const { return _x; }
-    float y() const { return _y; }
-    float width() const { return _width; }
-    float height() const { return _height; }
+    float x() const { return value(0); }
+    float y() const { return value(1); }
+    float width() const { return value(2); }
+    float height() const { return value(3); }
     // Stored as given, without a check.
     void setRect(float x, float y, float width, float height);
-
-protected:
-    void appendBuffer(std::vector<unsigned char>& buffer) const override;
-    void readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) override;
-
-private:
-    template <class Self, class V>
-    static void visitFields(Self& self, V& v);
-
-    float _x = invalidValue();
-    float _y = invalidValue();
-    float _width = invalidValue();
-    float _height = invalidValue();
 };
 
 }  // namespace eod

@@ -75,11 +75,12 @@ public:
 
 protected:
     void doAddSubObject(const boost::shared_ptr<Serializable>& object) override;
-    void readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) override;
-    void readFromBufferWithStatus(const std::vector<unsigned char>& buffer, int& read_pos,
-                                  unsigned int& status) override;
+    boost::shared_ptr<Serializable> readSubObject(const std::vector<unsigned char>& buffer,
+                                                  int& read_pos) override;
+    boost::shared_ptr<Serializable> readSubObjectWithStatus(
+        const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status) override;
 
-private:
+  private:
     static char pupilIdForEye(int eye_id);
 
     const char _object_id;

@@ -95,6 +95,10 @@ private:
     static std::size_t checkedRawDataSize(unsigned int height, unsigned int bytes_per_line,
                                           const unsigned char* data);
     void releaseRawData();
+    // Releases the pixels held so far and takes `data` (owned, or shared when `sharing`) as
+    // the image of the given geometry and format.
+    void replaceImage(unsigned char* data, bool sharing, unsigned int width, unsigned int height,
+                      unsigned int bytes_per_line, int format);
 
     unsigned int _width = 0;
     unsigned int _height = 0;

@@ -100,6 +100,15 @@ protected:
     virtual void doAddSubObject(const boost::shared_ptr<Serializable>& object);
     virtual bool allowDuplicateSubObjects() const { return true; }
 
+    // Rebuild the sub-record whose bytes start at read_pos while this composite is read, as
+    // SerializableFactory::newObject and newObjectWithStatus do (and by default through
+    // them: same results, messages and status bits). A composite whose children the registry
+    // cannot build overrides both.
+    virtual boost::shared_ptr<Serializable> readSubObject(const std::vector<unsigned char>& buffer,
+                                                          int& read_pos);
+    virtual boost::shared_ptr<Serializable> readSubObjectWithStatus(
+        const std::vector<unsigned char>& buffer, int& read_pos, unsigned int& status);
+
     void appendBuffer(std::vector<unsigned char>& buffer) const override;
     void readFromBuffer(const std::vector<unsigned char>& buffer, int& read_pos) override;
     void readFromBufferWithStatus(const std::vector<unsigned char>& buffer, int& read_pos,
@@ -110,6 +119,9 @@ protected:
 
 private:
     typedef std::multimap<char, boost::shared_ptr<Serializable>> SubObjectMap;
+
+    // The entry of the index-th sub-object of `id`, or end() when there are fewer.
+    SubObjectMap::iterator findAtIndex(char id, unsigned char index);
 
     template <class T, class P>
     static boost::shared_ptr<T> checkedCast(const boost::shared_ptr<P>& p) {

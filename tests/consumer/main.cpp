@@ -1,13 +1,16 @@
-// Encodes a frame and rebuilds it through the registry of the installed library.
+// Builds a frame, writes it to a raw record file and reads it back (the README's example).
 #include <eod/eod.h>
 
+using namespace tq::eod;
+
 int main() {
-    tq::eod::EngineOutputData frame;
+    EngineOutputData frame;
     frame.setFrameNum(1000);
-    std::vector<unsigned char> bytes;
-    frame.serialize(bytes);
-    int read_pos = 0;
-    const auto back = boost::dynamic_pointer_cast<tq::eod::EngineOutputData>(
-        tq::eod::SerializableFactory::newObject(bytes, read_pos));
-    return back && back->frameNum() == 1000 && bytes.size() == 9 ? 0 : 1;
+    addHeadOutputDataIfMissing(frame)->setHeadPosition({0.0, 0.05, 0.65});
+    io::FileWriter("frame.raw").write(frame);
+
+    io::FileReader reader("frame.raw");
+    unsigned int status = 0;
+    auto back = boost::dynamic_pointer_cast<EngineOutputData>(reader.read(status));
+    return back && back->headOutputData()->headPosition()[2] == 0.65 ? 0 : 1;
 }

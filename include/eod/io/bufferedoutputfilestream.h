@@ -11,11 +11,19 @@ namespace io {
 
 // An output file stream with a buffer of a chosen size.
 //
-// Flushing: written bytes collect in the buffer and reach the operating system when the
-// buffer is full, on flush(), on close() and on destruction. A process that dies without
-// any of these (SIGKILL, power loss) loses at most the bytes still in the buffer, which
-// may end in the middle of a record; everything handed to the system before is in the
-// file. Readers of per-object logs report such a torn tail as a corrupt log file after
+// Flushing (the behaviour of the GNU standard library this is built with): a buffer of n
+// bytes holds at most n - 1 written bytes. A write shorter than the free space and than
+// 1 KiB is copied into the buffer; any other write goes to the operating system at once,
+// in one call together with the bytes already pending. So the buffer only ever holds
+// whole writes, and a record written with one write() (as writeToBinaryStream and the log
+// writer do) is handed over whole. flush(), close() and destruction hand over what is
+// pending; with a size of 0 or less every write goes straight through. flush() means "to
+// the operating system", not "to the disk" (no fsync).
+//
+// A process that dies (SIGKILL) loses the whole writes still in the buffer and nothing
+// handed over before. A file can end inside a record only when the process dies during
+// the system's write call (the kernel may stop a write between two pages) or the disk is
+// full. Readers of per-object logs report such a torn tail as a corrupt log file after
 // returning every complete frame.
 //
 // The buffer is installed before the file is opened, because the standard library here

@@ -54,16 +54,21 @@ class EngineOutputDataFileReader {
         // a record, garbage, another record type) throws EngineOutputDataFileError
         // "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: <path>": the
         // established text with the file's path appended, since a replay reads many files. The
-        // bad record is passed over: a later call reads on after it, and a file cut off
-        // counts as ended.
+        // bad record is passed over: a later call reads on after it. A bad record that uses
+        // up the file (a torn tail, as a killed writer leaves) ends the file without throwing
+        // here and is kept for throwTornTail().
         const boost::shared_ptr<EngineOutputData>& current();
         void advance() { _current.reset(); }
         const std::wstring& path() const { return _path; }
+        bool hasTornTail() const { return _torn_tail; }
+        // Throws the corrupt-logfile error above once for a torn tail; no-op otherwise.
+        void throwTornTail();
 
       private:
         std::wstring _path;
         FileReader _reader;
         boost::shared_ptr<EngineOutputData> _current;
+        bool _torn_tail = false;
     };
 
     EngineOutputDataFileReader();
@@ -89,11 +94,15 @@ class EngineOutputDataFileReader {
 
     // The next frame: the smallest frame number among the files' next records, holding the
     // mergeable sub-objects of every record with that number. Null once every file is used
-    // up. Usage error "files are not open". Besides the stream errors above: two records
-    // of one frame with the same object id fail as SerializableComposite::addSubObject
-    // does; a sub-object that is not an EngineOutputBase raises
-    // "EngineOutputDataFileReader::readData() - invalid sub-object".
+    // up. A file's torn tail is reported only when the other files are used up too, one
+    // call per torn file in file order: one file cut short by a crash does not hold back
+    // the frames the others still have, and a caller that stops at the first error has
+    // every complete record. Usage error "files are not open". Besides the stream errors
+    // above: two records of one frame with the same object id fail as
+    // SerializableComposite::addSubObject does; a sub-object that is not an EngineOutputBase
+    // raises "EngineOutputDataFileReader::readData() - invalid sub-object".
     boost::shared_ptr<EngineOutputData> readData();
+    // True when every file is used up and no torn tail is left to report.
     bool endOfData() const;
     bool areFilesOpen() const { return !_streams.empty(); }
     void closeFiles();
@@ -102,6 +111,7 @@ class EngineOutputDataFileReader {
     static std::vector<std::wstring> logFilesInDir(const std::wstring& directory);
     void openStreams(const std::vector<std::wstring>& paths);
     bool isMergable(char id) const;
+    bool hasRecords() const;
     void skipNonMergable(EngineOutputDataStream& stream);
     unsigned int nextMergableFrameNum();
     bool hasMergableSubObject(const EngineOutputData& data) const;

@@ -60,6 +60,17 @@ class EngineOutputDataFileWriter {
     void writeData(const EngineOutputData& data);
     void writeData(const boost::shared_ptr<const EngineOutputData>& data);
 
+    // Hands every byte written so far to the operating system, file by file in ascending
+    // id order. Afterwards every log file holds each frame passed to writeData before, whole,
+    // and keeps it if the process is killed (SIGKILL) or dies otherwise; it is not forced to
+    // the disk (no fsync), so a crash of the system itself may still lose it. Between two
+    // flushes each file's buffer reaches the system on its own whenever it fills, so a
+    // killed writer leaves files that end at different frames, and a kill during a write to
+    // the system may leave a file ending inside a record; the reader returns every complete
+    // record and then reports such a torn tail. Usage error "no files are open";
+    // EngineOutputDataFileError "Failed to write to stream." when a file refuses the bytes.
+    void flush();
+
     // Flushes and closes every file.
     void closeFiles();
     bool areFilesOpen() const { return !_streams.empty(); }

@@ -1,0 +1,61 @@
+#ifndef EOD_TOOLS_COMMANDS_H
+#define EOD_TOOLS_COMMANDS_H
+
+// The subcommands of `eod`. Each returns the exit status and reports runtime failures by
+// throwing ToolError (or letting a library error through), which main turns into one line
+// on stderr and status 1.
+
+#include <string>
+#include <vector>
+
+namespace eodtool {
+
+struct DemoOptions {
+    unsigned int frames = 600;
+    std::string out = "./eod-demo";
+};
+
+struct InfoOptions {
+    std::string path;
+};
+
+struct CatOptions {
+    std::string path;
+    std::vector<int> ids;  // empty: every id
+    std::string frames;    // "A:B", either end may be left out; empty: all
+};
+
+struct ServeOptions {
+    std::string path;        // a recording, or empty with synthetic
+    bool synthetic = false;
+    int port = 0;
+    double rate = 0;         // frames per second; 0: the recording's own pace (60 Hz without timing)
+    bool loop = false;
+    unsigned int frames = 0; // stop after this many frames per client; 0: the whole source
+};
+
+struct RecordOptions {
+    std::string connect;     // HOST:PORT
+    std::string out;
+    std::vector<int> ids;    // empty: the logged ids found in the first frame
+    unsigned int frames = 0; // stop after this many frames; 0: no limit
+    double seconds = 0;      // stop after this long; 0: no limit
+    double idle = 5;         // stop when nothing arrives for this long
+};
+
+struct ConvertOptions {
+    std::string in;
+    std::string out;
+};
+
+int runDemo(const DemoOptions& options);
+int runInfo(const InfoOptions& options);
+int runCat(const CatOptions& options);
+int runServe(const ServeOptions& options);
+int runRecord(const RecordOptions& options);
+int runCompress(const ConvertOptions& options);
+int runDecompress(const ConvertOptions& options);
+
+}  // namespace eodtool
+
+#endif

@@ -1,0 +1,116 @@
+// eod: record, replay, inspect and convert the frames of a face- and eye-tracking engine.
+// Exit status: 0 success, 1 runtime failure (one line on stderr), 2 usage error.
+
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include <eod/eoderror.h>
+
+#include "commands.h"
+#include "logids.h"
+#include "toolerror.h"
+
+using namespace eodtool;
+
+namespace {
+
+const int kRuntimeFailure = 1;
+const int kUsageError = 2;
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"eod: record, replay, inspect and convert eye-tracking engine frames"};
+    app.require_subcommand(1);
+
+    DemoOptions demo;
+    CLI::App* demo_cmd = app.add_subcommand(
+        "demo", "Record a synthetic session as per-object logs, replay it and check every frame");
+    demo_cmd->add_option("--frames", demo.frames, "Number of frames (default 600, 10 s at 60 Hz)")
+        ->check(CLI::PositiveNumber);
+    demo_cmd->add_option("--out", demo.out, "Log directory (default ./eod-demo)");
+
+    InfoOptions info;
+    CLI::App* info_cmd = app.add_subcommand(
+        "info", "Frames, records per object id and the frame ledger of a recording");
+    info_cmd->add_option("PATH", info.path, "Log directory, log file or raw record file")->required();
+
+    CatOptions cat;
+    CLI::App* cat_cmd = app.add_subcommand("cat", "Print merged frames as tab-separated columns");
+    cat_cmd->add_option("PATH", cat.path, "Log directory, log file or raw record file")->required();
+    cat_cmd->add_option("--ids", cat.ids, "Object ids to keep (comma-separated)")->delimiter(',');
+    cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)");
+
+    ServeOptions serve;
+    CLI::App* serve_cmd = app.add_subcommand("serve", "Stream frames over TCP like an engine");
+    CLI::Option* serve_path = serve_cmd->add_option("PATH", serve.path, "Recording to stream");
+    CLI::Option* serve_synthetic =
+        serve_cmd->add_flag("--synthetic", serve.synthetic, "Stream the synthetic engine");
+    serve_path->excludes(serve_synthetic);
+    serve_cmd->add_option("--port", serve.port, "TCP port (0: any free port)")
+        ->required()
+        ->check(CLI::Range(0, 65535));
+    serve_cmd->add_option("--rate", serve.rate, "Frames per second (default: the recording's pace)")
+        ->check(CLI::NonNegativeNumber);
+    serve_cmd->add_flag("--loop", serve.loop, "Start the recording again at its end");
+    serve_cmd->add_option("--frames", serve.frames, "Stop after this many frames");
+
+    RecordOptions record;
+    CLI::App* record_cmd =
+        app.add_subcommand("record", "Receive frames from an engine and log them per object id");
+    record_cmd->add_option("--connect", record.connect, "Engine address HOST:PORT")->required();
+    record_cmd->add_option("--out", record.out, "Log directory")->required();
+    record_cmd->add_option("--ids", record.ids, "Object ids to log (comma-separated)")->delimiter(',');
+    CLI::Option* record_frames =
+        record_cmd->add_option("--frames", record.frames, "Stop after this many frames");
+    CLI::Option* record_seconds =
+        record_cmd->add_option("--seconds", record.seconds, "Stop after this many seconds");
+    record_frames->excludes(record_seconds);
+    record_cmd->add_option("--idle", record.idle, "Stop when nothing arrives for this many seconds")
+        ->check(CLI::PositiveNumber);
+
+    ConvertOptions compress;
+    CLI::App* compress_cmd =
+        app.add_subcommand("compress", "Raw record file to a zlib record stream file");
+    compress_cmd->add_option("IN", compress.in, "Raw record file")->required();
+    compress_cmd->add_option("OUT", compress.out, "Compressed file to write")->required();
+
+    ConvertOptions decompress;
+    CLI::App* decompress_cmd =
+        app.add_subcommand("decompress", "Zlib record stream file back to a raw record file");
+    decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required();
+    decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")->required();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        app.exit(e);
+        return kUsageError;
+    }
+
+    try {
+        registerToolLogNames();
+        if (*demo_cmd) return runDemo(demo);
+        if (*info_cmd) return runInfo(info);
+        if (*cat_cmd) return runCat(cat);
+        if (*serve_cmd) return runServe(serve);
+        if (*record_cmd) return runRecord(record);
+        if (*compress_cmd) return runCompress(compress);
+        if (*decompress_cmd) return runDecompress(decompress);
+    } catch (const ToolError& e) {
+        std::cerr << "eod: " << e.what() << '\n';
+        return kRuntimeFailure;
+    } catch (const tq::eod::EODError& e) {
+        std::cerr << "eod: " << e.className() << ": " << e.what() << '\n';
+        return kRuntimeFailure;
+    } catch (const std::exception& e) {
+        std::cerr << "eod: " << e.what() << '\n';
+        return kRuntimeFailure;
+    }
+    return kUsageError;
+}
