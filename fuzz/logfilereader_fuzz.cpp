@@ -69,9 +69,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         reader.openFiles(directory());
     }
-    // Every call uses up at least one byte of some file, or ends the replay: a reader that
-    // threw the same error again and again would never end.
-    const std::size_t max_calls = size + 1;
+    // Every call uses up at least one byte of some file, reports a file's torn tail once,
+    // or ends the replay: a reader that threw the same error again and again would never end.
+    const std::size_t max_calls = size + kMaxFiles + 1;
     for (std::size_t calls = 0;; ++calls) {
         EOD_FUZZ_EXPECT(calls <= max_calls);
         boost::shared_ptr<EngineOutputData> frame;
