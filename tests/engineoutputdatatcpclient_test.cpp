@@ -172,14 +172,14 @@ TEST(EngineOutputDataTcpClient, AnExpiredWaitKeepsThePartialFrame) {
     EXPECT_EQ(s.receiveEncoded(), frame);
 }
 
-TEST(EngineOutputDataTcpClient, ASenderThatDiesMidFrameGivesNoFrame) {
+TEST(EngineOutputDataTcpClient, ASenderThatDiesMidFrameGivesNoFrameAndDisconnects) {
     Stream s;
     const Bytes frame = encodeFrame(5, 4);
     s.send(frame, 0, frame.size() - 1);
     s.sender->close();
     EXPECT_EQ(s.receiveEncoded(), Bytes());
-    EXPECT_EQ(s.receiveEncoded(), Bytes());
-    EXPECT_TRUE(s.client.isConnected());
+    EXPECT_FALSE(s.client.isConnected());
+    EXPECT_THROW(s.client.receive(0), std::invalid_argument);
 }
 
 TEST(EngineOutputDataTcpClient, ReconnectingForgetsTheOldConnectionsBytes) {

@@ -217,6 +217,7 @@ TEST(TcpSocket, AnExpiredWaitLeavesTheOutputUntouched) {
     EXPECT_EQ(c.server->receive(out, 20, false), 0);
     EXPECT_EQ(out, (Bytes{7, 8}));
     EXPECT_FALSE(c.server->dataReady());
+    EXPECT_FALSE(c.server->peerClosed());
 }
 
 TEST(TcpSocket, APeerThatClosesGivesZeroBytes) {
@@ -226,6 +227,9 @@ TEST(TcpSocket, APeerThatClosesGivesZeroBytes) {
     EXPECT_EQ(c.server->receive(out, kPatientMs, false), 0);
     EXPECT_TRUE(out.empty());
     EXPECT_TRUE(c.server->dataReady());
+    EXPECT_TRUE(c.server->peerClosed());
+    c.server->close();
+    EXPECT_FALSE(c.server->peerClosed());
 }
 
 TEST(TcpSocket, SendingToAPeerThatWentAwayThrowsInsteadOfSignalling) {

@@ -78,6 +78,7 @@ void TcpSocket::close() {
     if (opened()) detail::closeSocket(_handle);
     _handle = INVALID_SOCKET;
     _connected = false;
+    _peer_closed = false;
 }
 
 void TcpSocket::bind(const InetAddress& address) {
@@ -175,6 +176,7 @@ int TcpSocket::receive(std::vector<unsigned char>& out, int timeout_ms, bool app
     if (bytes_received < 0) throwSocketError("Failed to receive data.");
     assert(bytes_received <= _rx_buffer.size());
     out.insert(out.end(), _rx_buffer.buffer(), _rx_buffer.buffer() + bytes_received);
+    if (bytes_received == 0) _peer_closed = true;
     return static_cast<int>(bytes_received);
 }
 
