@@ -95,7 +95,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         usable = drain(client, 0, frames);
     }
     sender->close();
-    if (usable) drain(client, kPatientMs, frames);
+    if (usable) {
+        drain(client, kPatientMs, frames);
+        // The close ended the last read, and a client whose peer closed disconnects itself.
+        EOD_FUZZ_EXPECT(!client.isConnected());
+    }
 
     EOD_FUZZ_EXPECT(frames == framesInStream(stream));
     return 0;
