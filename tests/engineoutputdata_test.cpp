@@ -62,7 +62,7 @@ protected:
         bytes = encode(frame);
     }
 
-    ScopedRegistration<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<51>> r51;
     EngineOutputData frame;
     Bytes bytes;
 };

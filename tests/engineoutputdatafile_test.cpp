@@ -282,11 +282,11 @@ TEST_F(LogFiles, FaceSetFallback) {
     FramePtr frame = reader.readData();
     ASSERT_TRUE(frame);
     EXPECT_FALSE(frame->hasSubObjectID(94));
-    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 42u);
-    EXPECT_EQ(frame->typedSubObject<Eye>(15)->value(), 43u);
+    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 42);
+    EXPECT_EQ(frame->typedSubObject<Eye>(15)->value(), 43);
     frame = reader.readData();
     ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 7u) << "the frame's own record wins";
+    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 7) << "the frame's own record wins";
 }
 
 TEST_F(LogFiles, SingleFileHoldsWholeFrames) {

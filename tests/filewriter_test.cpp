@@ -59,7 +59,7 @@ TEST_F(FileWriterTest, FreeErrorFunctions) {
 }
 
 TEST_F(FileWriterTest, FramesSurviveAFileRoundTripByteForByte) {
-    ScopedRegistration<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<51>> r51;
     const std::string path = dir.file("frames.raw");
     Bytes expected;
     {

@@ -50,7 +50,7 @@ TEST(SerializableComposite, AtMost255SubObjects) {
     EXPECT_EQ(bytes.size(), 3u + 1u + 255u * 9u);
     EXPECT_EQ(bytes[3], 0xFF);
 
-    ScopedRegistration<Sibling> registered;
+    ScopedObjectType<Sibling> registered;
     TestComposite back;
     int read_pos = 0;
     ASSERT_TRUE(back.unSerialize(bytes, read_pos));
@@ -185,8 +185,8 @@ TEST(SerializableComposite, CopiesAreDeep) {
 
 class CompositeReading : public ::testing::Test {
 protected:
-    ScopedRegistration<TestRecord<51>> r51;
-    ScopedRegistration<TestRecord<52>> r52;
+    ScopedObjectType<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<52>> r52;
 };
 
 TEST_F(CompositeReading, UnknownSubRecordIsDroppedAndTheRestRead) {

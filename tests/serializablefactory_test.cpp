@@ -133,7 +133,7 @@ TEST(SerializableFactoryRegistration, Refusals) {
     EXPECT_FALSE(SerializableFactory::newObject(char(51)));
     EXPECT_FALSE(SerializableFactory::newObject(char(52)));
 
-    ScopedRegistration<TestRecord<51>> a;
+    ScopedObjectType<TestRecord<51>> a;
     // The same class again is accepted and hands back the function it replaces.
     EXPECT_EQ(SerializableFactory::registerObjectType(51, &create<TestRecord<51>>),
               &create<TestRecord<51>>);
@@ -159,7 +159,7 @@ TEST(SerializableFactoryRegistration, Refusals) {
 TEST(SerializableFactoryRegistration, UnregisterAndReplace) {
     EXPECT_EQ(SerializableFactory::unregisterObjectType(51), nullptr);
     {
-        ScopedRegistration<TestRecord<51>> a;
+        ScopedObjectType<TestRecord<51>> a;
         EXPECT_EQ(SerializableFactory::unregisterObjectType(51), &create<TestRecord<51>>);
         EXPECT_FALSE(SerializableFactory::newObject(51));
         // Once removed, another class may take the id.
@@ -351,7 +351,7 @@ TEST(SerializableFactoryStream, HugeAnnouncedSizeIsNotAllocatedUpFront) {
 // Random bytes, and valid frames with random bytes changed, through every reading form:
 // each call ends in a record, a null with status bits, or a SerializableError.
 TEST(SerializableFactoryGarbage, NeverCrashesOrMisbehaves) {
-    ScopedRegistration<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<51>> r51;
     std::mt19937 rng(20240607);
     EngineOutputData frame;
     frame.setFrameNum(77);

@@ -1,9 +1,8 @@
 #ifndef EOD_TESTS_TESTSUPPORT_H
 #define EOD_TESTS_TESTSUPPORT_H
 
-// Helpers shared by the test programs: exception checks, byte literals, small record classes
-// for the tests (the real record classes are built elsewhere), scoped registrations and
-// temporary directories.
+// Helpers shared by the test programs: exception checks, byte literals and temporary
+// directories; the test record classes come with testrecord.h.
 
 #include <gtest/gtest.h>
 
@@ -17,14 +16,10 @@
 #include <typeinfo>
 #include <vector>
 
-#include <eod/engineoutputbase.h>
 #include <eod/serializable.h>
-#include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
-#include <eod/serializablefactory.h>
 
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
+#include "testrecord.h"
 
 namespace eodtest {
 
@@ -87,134 +82,6 @@ inline Bytes header(char id, unsigned int data_size) {
     tq::eod::Serializable::writeHeader(b, id, data_size);
     return b;
 }
-
-// A plain leaf record whose data bytes are given. Its reader takes as many bytes as it holds
-// (less `shortfall`), which is how tests make a reader disagree with the header.
-class TestLeaf : public tq::eod::Serializable {
-public:
-    static constexpr char THIS_OBJECT_ID = 100;
-
-    explicit TestLeaf(char id = 100, Bytes data = Bytes()) : _id(id), _data(std::move(data)) {}
-
-    char objectID() const override { return _id; }
-    unsigned int numDataBytes() const override { return static_cast<unsigned int>(_data.size()); }
-    bool serializeEnabled() const override { return _enabled; }
-    TestLeaf* clone() const override { return new TestLeaf(*this); }
-    void printLine(std::ostream& os) const override {
-        tq::eod::detail::TextLine line(os);
-        tq::eod::detail::Columns(os) << _data.size();
-    }
-    void printHeader(std::ostream& os) const override {
-        tq::eod::detail::TextLine line(os);
-        tq::eod::detail::Columns(os) << "LEAF_BYTES";
-    }
-    bool forbidDuplicateSiblings() const override { return _forbid_siblings; }
-
-    const Bytes& data() const { return _data; }
-    void setEnabled(bool enabled) { _enabled = enabled; }
-    void setForbidSiblings(bool forbid) { _forbid_siblings = forbid; }
-    void setShortfall(std::size_t n) { _shortfall = n; }
-
-    // The field routines that record classes use, opened up for the codec tests.
-    using Serializable::appendBuffer;
-    using Serializable::appendRawBytes;
-    using Serializable::readBuffer;
-    using Serializable::readRawBytes;
-
-protected:
-    void appendBuffer(Bytes& buffer) const override {
-        tq::eod::detail::appendRaw(buffer, _data.data(), _data.size());
-    }
-    void readFromBuffer(const Bytes& buffer, int& read_pos) override {
-        tq::eod::detail::readRaw(buffer, read_pos, _data.data(), _data.size() - _shortfall);
-    }
-
-private:
-    char _id;
-    Bytes _data;
-    bool _enabled = true;
-    bool _forbid_siblings = true;
-    std::size_t _shortfall = 0;
-};
-
-// An engine output record with one 4-byte field, under any id the test needs.
-template <char ID, bool ALLOW_SIBLINGS = false>
-class TestRecord : public tq::eod::EngineOutputBase {
-public:
-    static constexpr char THIS_OBJECT_ID = ID;
-
-    explicit TestRecord(int value = 0) : _value(value) {}
-
-    char objectID() const override { return ID; }
-    TestRecord* clone() const override { return new TestRecord(*this); }
-    bool forbidDuplicateSiblings() const override { return !ALLOW_SIBLINGS; }
-
-    int value() const { return _value; }
-    void setValue(int value) { _value = value; }
-
-    void printOwnHeader(std::ostream& os) const override {
-        tq::eod::detail::Columns(os) << "VALUE_" + std::to_string(int(ID));
-    }
-    void printOwnData(std::ostream& os) const override { tq::eod::detail::Columns(os) << _value; }
-
-protected:
-    void appendEngineSpecificData(Bytes& buffer) const override {
-        tq::eod::detail::appendNumber(buffer, _value);
-    }
-    void readEngineSpecificData(const Bytes& buffer, int& read_pos) override {
-        _value = tq::eod::detail::readNumber<int>(buffer, read_pos);
-    }
-    unsigned int numEngineSpecificDataBytes() const override { return 4; }
-
-private:
-    int _value;
-};
-
-// A plain composite (no own fields) whose duplicate policy the test chooses.
-class TestComposite : public tq::eod::SerializableComposite {
-public:
-    static constexpr char THIS_OBJECT_ID = 110;
-
-    explicit TestComposite(bool allow_duplicates = true) : _allow_duplicates(allow_duplicates) {}
-
-    char objectID() const override { return THIS_OBJECT_ID; }
-    TestComposite* clone() const override { return new TestComposite(*this); }
-    void printOwnHeader(std::ostream& os) const override {
-        tq::eod::detail::Columns(os) << "COMPOSITE";
-    }
-    void printOwnData(std::ostream& os) const override { tq::eod::detail::Columns(os) << "c"; }
-
-protected:
-    bool allowDuplicateSubObjects() const override { return _allow_duplicates; }
-
-private:
-    bool _allow_duplicates;
-};
-
-template <class T>
-boost::shared_ptr<tq::eod::Serializable> create() {
-    return boost::shared_ptr<tq::eod::Serializable>(new T());
-}
-
-// Registers T under its id for the life of the scope and restores what was there before.
-template <class T>
-class ScopedRegistration {
-public:
-    ScopedRegistration()
-        : _previous(
-              tq::eod::SerializableFactory::registerObjectType(T::THIS_OBJECT_ID, &create<T>)) {}
-    ~ScopedRegistration() {
-        tq::eod::SerializableFactory::unregisterObjectType(T::THIS_OBJECT_ID);
-        if (_previous) {
-            tq::eod::SerializableFactory::registerObjectType(T::THIS_OBJECT_ID, _previous);
-        }
-    }
-    ScopedRegistration(const ScopedRegistration&) = delete;
-    ScopedRegistration& operator=(const ScopedRegistration&) = delete;
-
-private:
-    tq::eod::SerializableFactory::CreationFunction _previous;
-};
 
 // A fresh directory, removed with its contents at the end of the scope.
 class TempDir {
