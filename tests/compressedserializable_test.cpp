@@ -6,7 +6,7 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
 
 // The largest single allocation made by this program since the last reset: proves that a
 // forged length is checked before memory is sized by it.
@@ -60,7 +60,7 @@ TEST(CompressedSerializable, AllocationTrackingWorks) {
 TEST(CompressedSerializable, LengthBeyondTheData) {
     for (const Bytes& length : {Bytes{0, 0, 0, 10}, Bytes{0xFF, 0xFF, 0xFF, 0xFF}}) {
         SCOPED_TRACE(int(length[0]));
-        const Bytes bytes = concat(concat({0x5F, 0x00, 0x08}, length), {1, 2, 3, 4});
+        const Bytes bytes = concat({{0x5F, 0x00, 0x08}, length, {1, 2, 3, 4}});
         CompressedSerializable c({9});
         int read_pos = 0;
         largest_allocation = 0;

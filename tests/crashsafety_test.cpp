@@ -22,7 +22,8 @@
 #include <string>
 #include <vector>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "tempdir.h"
 #include "tools/syntheticengine.h"
 
 using namespace tq::eod;

@@ -11,6 +11,7 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::serializableError;
 
 namespace {
 
@@ -96,7 +97,7 @@ void expectReadError(const Bytes& bytes, const std::string& message) {
         // The factory rewords the record's error; read the record directly for its own text.
     }
     boost::shared_ptr<Serializable> record = SerializableFactory::newObject(bytes[0]);
-    EXPECT_SERIALIZABLE_ERROR(record->unSerialize(bytes, pos), message);
+    EXPECT_EQ(serializableError([&] { record->unSerialize(bytes, pos); }), message);
     EXPECT_EQ(pos, 0);
     unsigned int status = 0;
     EXPECT_FALSE(SerializableFactory::newObjectWithStatus(bytes, pos, status));
@@ -335,10 +336,11 @@ TEST(FaceTextureOutputData, TakesOnlyAnImageAsChild) {
     EXPECT_THROW(texture.addFaceTexture(static_cast<FaceTextureOutputData::FaceTextureType>(5),
                                         boost::shared_ptr<ImageOutputData>()),
                  SerializableError);
-    EXPECT_SERIALIZABLE_ERROR(
-        texture.addSubObject(boost::shared_ptr<FaceOutputDataV2>(new FaceOutputDataV2())),
-        "FaceTextureOutputData::doAddSubObject - object not derived from "
-        "ImageOutputData");
+    EXPECT_EQ(serializableError([&] {
+                  texture.addSubObject(boost::shared_ptr<FaceOutputDataV2>(new FaceOutputDataV2()));
+              }),
+              "FaceTextureOutputData::doAddSubObject - object not derived from "
+              "ImageOutputData");
     EXPECT_THROW(texture.addSubObject(textureImage()), SerializableError);  // one image only
     EXPECT_EQ(texture.faceTexture(), image);
     EXPECT_EQ(encode(texture), before);

@@ -4,7 +4,8 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "tempdir.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -41,16 +42,14 @@ TEST_F(FileReaderTest, UsageErrors) {
     FileReader reader;
     EXPECT_FALSE(reader.isOpen());
     unsigned int status = 0;
-    EXPECT_TRUE(
-        throwsUsageError([&] { reader.read(status); }, "io/filereader", "files are not open"));
+    EXPECT_USAGE_ERROR(reader.read(status), "io/filereader", "files are not open");
 
     const std::string empty = dir.file("empty.raw");
     writeFile(empty, {});
     FileReader at_end(empty);
     EXPECT_TRUE(at_end.isOpen());
     EXPECT_TRUE(at_end.atEnd());
-    EXPECT_TRUE(throwsUsageError([&] { at_end.read(status); }, "io/filereader",
-                                 "Cannot reading when atEnd()."));
+    EXPECT_USAGE_ERROR(at_end.read(status), "io/filereader", "Cannot reading when atEnd().");
 }
 
 TEST_F(FileReaderTest, OpenFailures) {
@@ -66,7 +65,7 @@ TEST_F(FileReaderTest, OpenFailures) {
 
 TEST_F(FileReaderTest, ReadsRecordsAndTracksThePosition) {
     const Bytes unknown = {50, 0x00, 0x02, 0xAA, 0xBB};
-    const Bytes bytes = concat(concat(frameBytes(1), unknown), frameBytes(2));
+    const Bytes bytes = concat({frameBytes(1), unknown, frameBytes(2)});
     const std::string path = dir.file("frames.raw");
     writeFile(path, bytes);
 
@@ -82,8 +81,7 @@ TEST_F(FileReaderTest, ReadsRecordsAndTracksThePosition) {
     EXPECT_EQ(status, 0u);
     EXPECT_TRUE(reader.atEnd());
     EXPECT_EQ(reader.position(), bytes.size());
-    EXPECT_TRUE(throwsUsageError([&] { reader.read(status); }, "io/filereader",
-                                 "Cannot reading when atEnd()."));
+    EXPECT_USAGE_ERROR(reader.read(status), "io/filereader", "Cannot reading when atEnd().");
     reader.close();
     EXPECT_FALSE(reader.isOpen());
 }
@@ -93,7 +91,7 @@ TEST_F(FileReaderTest, TruncatedTail) {
     const std::string path = dir.file("cut.raw");
     for (std::size_t n = 1; n < whole.size(); ++n) {
         SCOPED_TRACE(n);
-        writeFile(path, concat(frameBytes(1), Bytes(whole.begin(), whole.begin() + long(n))));
+        writeFile(path, concat({frameBytes(1), Bytes(whole.begin(), whole.begin() + long(n))}));
         FileReader reader(path);
         unsigned int status = 0;
         EXPECT_EQ(frameNum(reader.read(status)), 1u);

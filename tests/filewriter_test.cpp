@@ -6,7 +6,9 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "tempdir.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -31,10 +33,8 @@ TEST_F(FileWriterTest, UsageErrors) {
     EXPECT_FALSE(writer.isOpen());
     EXPECT_TRUE(writer.filePath().empty());
     const EngineOutputData frame;
-    EXPECT_TRUE(throwsUsageError([&] { writer.writeNoThrow(frame); }, "io/filewriter",
-                                 "files are not open"));
-    EXPECT_TRUE(
-        throwsUsageError([&] { writer.write(frame); }, "io/filewriter", "files are not open"));
+    EXPECT_USAGE_ERROR(writer.writeNoThrow(frame), "io/filewriter", "files are not open");
+    EXPECT_USAGE_ERROR(writer.write(frame), "io/filewriter", "files are not open");
 }
 
 TEST_F(FileWriterTest, OpenFailures) {
@@ -185,7 +185,7 @@ TEST_F(FileWriterTest, BufferedOutputFileStream) {
         EXPECT_EQ(out.bufferSize(), 16);
         EngineOutputData().writeToBinaryStream(out);
     }
-    EXPECT_EQ(readFile(path), concat(encode(EngineOutputData()), encode(EngineOutputData())));
+    EXPECT_EQ(readFile(path), concat({encode(EngineOutputData()), encode(EngineOutputData())}));
     {
         BufferedOutputFileStream out(dir.path().wstring() + L"/\u00e9.raw", std::ios_base::binary,
                                      0);

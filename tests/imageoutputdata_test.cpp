@@ -13,6 +13,7 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::serializableError;
 
 namespace {
 
@@ -123,10 +124,9 @@ TEST(ImageOutputData, RawSizeBeyondTheBytesPresentIsRefusedBeforeAllocating) {
         ImageOutputData image = smallImage();
         int pos = 0;
         // This message comes from the check made before any buffer is allocated.
-        EXPECT_SERIALIZABLE_ERROR(
-            image.unSerialize(bytes, pos),
-            "ImageOutputData::readFromBuffer() - image size exceeds amount of data "
-            "in buffer");
+        EXPECT_EQ(serializableError([&] { image.unSerialize(bytes, pos); }),
+                  "ImageOutputData::readFromBuffer() - image size exceeds amount of data "
+                  "in buffer");
         EXPECT_EQ(pos, 0);
         // The old raw data was released first; a failed read leaves an empty image.
         EXPECT_EQ(image.rawData(), nullptr);
@@ -335,10 +335,9 @@ TEST(ImageCollectionOutputData, HostileCountsAndDuplicatesAreRejected) {
     const std::size_t second_identifier = 3 + 1 + 2 + one.size() + 3 + 12;
     ASSERT_EQ(duplicate.at(second_identifier), 'b');
     duplicate[second_identifier] = 'a';
-    EXPECT_SERIALIZABLE_ERROR(
-        read.unSerialize(duplicate, pos),
-        "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
-        "identifier");
+    EXPECT_EQ(serializableError([&] { read.unSerialize(duplicate, pos); }),
+              "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
+              "identifier");
 }
 
 TEST(ImageCollectionOutputData, EveryTruncationIsRejected) {

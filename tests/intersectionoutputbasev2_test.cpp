@@ -14,6 +14,7 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::serializableError;
 
 namespace {
 
@@ -353,7 +354,7 @@ TEST(IntersectionOutputBaseV2, ReaderRejectsBadTables) {
         boost::shared_ptr<Serializable> record = SerializableFactory::newObject(c.id);
         ASSERT_TRUE(record);
         int pos = 0;
-        EXPECT_SERIALIZABLE_ERROR(record->unSerialize(bytes, pos), c.message);
+        EXPECT_EQ(serializableError([&] { record->unSerialize(bytes, pos); }), c.message);
         EXPECT_EQ(pos, 0);
         unsigned int status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(bytes, pos, status));
@@ -368,8 +369,8 @@ TEST(IntersectionOutputBaseV2, LabelRunningToTheEndOfTheBufferIsRejected) {
     Serializable::writeHeader(bytes, V3, static_cast<unsigned int>(data.size()));
     bytes.insert(bytes.end(), data.begin(), data.end());
     int pos = 0;
-    EXPECT_SERIALIZABLE_ERROR(GazeIntersectionOutputDataV3().unSerialize(bytes, pos),
-                              "Serializable::readBuffer() - Missing terminator for string.");
+    EXPECT_EQ(serializableError([&] { GazeIntersectionOutputDataV3().unSerialize(bytes, pos); }),
+              "Serializable::readBuffer() - Missing terminator for string.");
 }
 
 TEST(IntersectionOutputBaseV2, CountThatTheBytesCanHoldPassesTheCheck) {
@@ -377,8 +378,8 @@ TEST(IntersectionOutputBaseV2, CountThatTheBytesCanHoldPassesTheCheck) {
     // labels, so the count passes and the record runs out at the world point count.
     const Bytes bytes = recordBytes(V3, Table().count(2).label("", 0).label("x", 1).bytes);
     int pos = 0;
-    EXPECT_SERIALIZABLE_ERROR(GazeIntersectionOutputDataV3().unSerialize(bytes, pos),
-                              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_EQ(serializableError([&] { GazeIntersectionOutputDataV3().unSerialize(bytes, pos); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
 }
 
 TEST(IntersectionOutputBaseV2, FailedReadKeepsTheItemsItHad) {
