@@ -3,13 +3,12 @@
 #include <sys/resource.h>
 
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "recordtesting.h"
-#include "tempdir.h"
+#include "testfiles.h"
 #include "testrecord.h"
 
 using namespace tq::eod;
@@ -20,21 +19,13 @@ namespace {
 
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::readFile;
+using eodtest::writeFile;
 using Timing = eodtest::TestRecord<10>;
 using Head = eodtest::TestRecord<11>;
 using Eye = eodtest::TestRecord<15>;
 using FaceSet = eodtest::TestRecord<94>;
 using FramePtr = boost::shared_ptr<EngineOutputData>;
-
-Bytes fileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void writeFile(const fs::path& path, const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-}
 
 template <class T>
 void add(SerializableComposite& parent, unsigned int value) {
@@ -148,7 +139,7 @@ TEST_F(LogFiles, FramesWithoutALoggedIdWriteNothingThere) {
     EXPECT_EQ(fs::file_size(dir / "Head.tql"), 0u);
     EngineOutputData expected;
     add<Timing>(expected, 1);
-    EXPECT_EQ(fileBytes(dir / "Timing.tql"), encode(expected));
+    EXPECT_EQ(readFile(dir / "Timing.tql"), encode(expected));
 }
 
 TEST_F(LogFiles, InterleavedFramesMerge) {
@@ -454,7 +445,7 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
     }
     writer.closeFiles();
     const fs::path head_path = dir / "Head.tql";
-    const Bytes head_file = fileBytes(head_path);
+    const Bytes head_file = readFile(head_path);
     ASSERT_EQ(head_file.size(), end);
 
     for (std::size_t cut = 0; cut < head_file.size(); ++cut) {
@@ -507,7 +498,7 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
     }
     writer.closeFiles();
     const fs::path head_path = dir / "Head.tql";
-    const Bytes head_file = fileBytes(head_path);
+    const Bytes head_file = readFile(head_path);
     writeFile(head_path, Bytes(head_file.begin(), head_file.end() - 1));
 
     EngineOutputDataFileReader reader;

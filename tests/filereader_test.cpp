@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include <eod/eod.h>
 
 #include "recordtesting.h"
-#include "tempdir.h"
+#include "testfiles.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -14,12 +12,6 @@ using namespace eodtest;
 namespace {
 
 typedef boost::shared_ptr<Serializable> Ptr;
-
-void writeFile(const std::string& path, const Bytes& bytes) {
-    std::ofstream f(path, std::ios_base::binary);
-    f.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-}
 
 Bytes frameBytes(unsigned int n) {
     EngineOutputData frame;

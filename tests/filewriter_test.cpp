@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <eod/eod.h>
 
 #include "recordtesting.h"
-#include "tempdir.h"
+#include "testfiles.h"
 #include "testrecord.h"
 
 using namespace tq::eod;
@@ -17,11 +15,6 @@ using namespace eodtest;
 namespace {
 
 typedef boost::shared_ptr<Serializable> Ptr;
-
-Bytes readFile(const std::filesystem::path& path) {
-    std::ifstream f(path, std::ios_base::binary);
-    return Bytes(std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>());
-}
 
 class FileWriterTest : public ::testing::Test {
 protected:
