@@ -34,6 +34,7 @@ using Bytes = std::vector<unsigned char>;
 
 // Status bits of the non-throwing readers, copied: the core's constants have no out-of-class
 // definition that a gtest macro could bind a reference to.
+const unsigned int UNKNOWN_ID = tq::eod::Serializable::STATUS_UNKNOWN_OBJECT_ID;
 const unsigned int NOT_ENOUGH_DATA = tq::eod::Serializable::STATUS_NOT_ENOUGH_DATA;
 const unsigned int UNDECODABLE = tq::eod::Serializable::STATUS_UNDECODABLE;
 
