@@ -52,11 +52,7 @@ Bytes imageAnnouncing(unsigned int height, unsigned int bytes_per_line, std::siz
     detail::appendString(data, "x");
     detail::appendNumber(data, 0);
     data.resize(data.size() + present, 0xAB);
-    Bytes record;
-    Serializable::writeHeader(record, ImageOutputData::THIS_OBJECT_ID,
-                              static_cast<unsigned int>(data.size()));
-    record.insert(record.end(), data.begin(), data.end());
-    return record;
+    return eodtest::recordBytes(ImageOutputData::THIS_OBJECT_ID, data);
 }
 
 }  // namespace
@@ -316,14 +312,9 @@ TEST(ImageCollectionOutputData, RoundTripsAndCopiesDeeply) {
 
 TEST(ImageCollectionOutputData, HostileCountsAndDuplicatesAreRejected) {
     // A count of 65535 followed by a single image: nothing is reserved up front.
-    Bytes data = {0x01, 0xFF, 0xFF};
     const Bytes one = encode(smallImage("a"));
-    data.insert(data.end(), one.begin(), one.end());
-    data.push_back(0);
-    Bytes bytes;
-    Serializable::writeHeader(bytes, ImageCollectionOutputData::THIS_OBJECT_ID,
-                              static_cast<unsigned int>(data.size()));
-    bytes.insert(bytes.end(), data.begin(), data.end());
+    const Bytes bytes = eodtest::engineRecordBytes(ImageCollectionOutputData::THIS_OBJECT_ID,
+                                                   eodtest::concat({{0xFF, 0xFF}, one}));
     ImageCollectionOutputData read;
     int pos = 0;
     EXPECT_THROW(read.unSerialize(bytes, pos), SerializableError);

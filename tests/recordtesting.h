@@ -61,6 +61,12 @@ inline Bytes recordBytes(char id, const Bytes& data) {
     return bytes;
 }
 
+// A whole engine output record of `id` around its own data `specific`: the enabled flag
+// before, no sub-records after.
+inline Bytes engineRecordBytes(char id, const Bytes& specific) {
+    return recordBytes(id, concat({{0x01}, specific, {0x00}}));
+}
+
 // Decodes one whole record into a fresh T with unSerialize: every byte must be consumed and
 // the copy must encode to the same bytes.
 template <class T>
