@@ -87,11 +87,8 @@ TEST(CompressedSerializable, HugeRecordFromAStreamGrowsWithTheBytesRead) {
 
 TEST(CompressedSerializable, Text) {
     const CompressedSerializable c({1, 2, 3});
-    std::ostringstream header, line;
-    c.printHeader(header);
-    c.printLine(line);
-    EXPECT_EQ(header.str(), "PAYLOAD_BYTES");
-    EXPECT_EQ(line.str(), "3");
+    EXPECT_EQ(headerLine(c), "PAYLOAD_BYTES");
+    EXPECT_EQ(valueLine(c), "3");
 }
 
 TEST(CompressedSerializableToken, Bytes) {
@@ -114,11 +111,8 @@ TEST(CompressedSerializableToken, SeveralInOneParent) {
     frame.addSubObject(Ptr(new CompressedSerializableToken(1)));
     frame.addSubObject(Ptr(new CompressedSerializableToken(2)));
     EXPECT_EQ(frame.numSubObjects(CompressedSerializableToken::THIS_OBJECT_ID), 2);
-    std::ostringstream header, line;
-    frame.printHeader(header);
-    frame.printLine(line);
-    EXPECT_EQ(header.str(), "FRAME_NUM\tSTREAM_ID\tSTREAM_ID");
-    EXPECT_EQ(line.str(), "0\t1\t2");
+    EXPECT_EQ(headerLine(frame), "FRAME_NUM\tSTREAM_ID\tSTREAM_ID");
+    EXPECT_EQ(valueLine(frame), "0\t1\t2");
 }
 
 }  // namespace

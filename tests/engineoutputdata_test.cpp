@@ -146,11 +146,8 @@ TEST_F(FrameWithSubRecords, ReadingIntoAnExistingFrameReplacesItsContent) {
 }
 
 TEST_F(FrameWithSubRecords, Text) {
-    std::ostringstream header, line;
-    frame.printHeader(header);
-    frame.printLine(line);
-    EXPECT_EQ(header.str(), "FRAME_NUM\tVALUE_51\tSTREAM_ID\tSTREAM_ID\tSTREAM_ID");
-    EXPECT_EQ(line.str(), "168496141\t-3\t8\t7\t9");
+    EXPECT_EQ(headerLine(frame), "FRAME_NUM\tVALUE_51\tSTREAM_ID\tSTREAM_ID\tSTREAM_ID");
+    EXPECT_EQ(valueLine(frame), "168496141\t-3\t8\t7\t9");
 }
 
 }  // namespace
