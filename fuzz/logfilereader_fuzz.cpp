@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -25,7 +26,15 @@ namespace {
 const char* const kFileNames[] = {"Timing.tql", "HeadV2.tql", "FaceV2.tql", "EngineState.tql"};
 const std::size_t kMaxFiles = sizeof kFileNames / sizeof *kFileNames;
 
-// One directory for the whole run, in memory where the system offers it.
+const std::string& directory();
+
+void removeDirectory() {
+    for (const char* name : kFileNames) ::unlink((directory() + "/" + name).c_str());
+    ::rmdir(directory().c_str());
+}
+
+// One directory for the whole run, in memory where the system offers it; removed when the
+// run ends (a crash leaves it with the files of the input that crashed).
 const std::string& directory() {
     static const std::string dir = [] {
         std::string pattern =
@@ -33,6 +42,8 @@ const std::string& directory() {
         EOD_FUZZ_EXPECT(::mkdtemp(&pattern[0]) != nullptr);
         return pattern;
     }();
+    static const bool cleanup_registered = std::atexit(removeDirectory) == 0;
+    (void)cleanup_registered;
     return dir;
 }
 
