@@ -12,11 +12,11 @@
 #include <unistd.h>
 
 #include <benchmark/benchmark.h>
-#include <boost/make_shared.hpp>
 
 #include <eod/eod.h>
 
 #include "benchratios.h"
+#include "tools/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -28,16 +28,10 @@ using Bytes = std::vector<unsigned char>;
 const int kPatientMs = 5000;
 const int kFramesPerWrite = 64;
 
-// Only engine output records may sit in a frame; tokens are the ones the core offers. 165
-// of them make a frame of 1494 bytes.
+// A typical frame of the synthetic engine (1549 bytes).
 Bytes encodeFrame() {
-    EngineOutputData frame;
-    frame.setFrameNum(12345);
-    for (int i = 0; i < 165; ++i) {
-        frame.addSubObject(boost::make_shared<CompressedSerializableToken>(i));
-    }
     Bytes bytes;
-    frame.serialize(bytes);
+    eodtool::syntheticFrame(12345)->serialize(bytes);
     return bytes;
 }
 

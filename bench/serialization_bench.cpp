@@ -13,6 +13,7 @@
 
 #include "eod/fieldcodec.h"
 #include "eod/textcolumns.h"
+#include "tools/syntheticframe.h"
 
 using namespace tq::eod;
 
@@ -176,12 +177,9 @@ void copy(benchmark::State& state, const EngineOutputData& frame) {
     state.counters["bytes"] = double(bytes.size());
 }
 
-void BM_Memcpy_Frame(benchmark::State& state) { copy(state, typicalFrame(int(state.range(0)))); }
-void BM_Encode_Frame(benchmark::State& state) { encode(state, typicalFrame(int(state.range(0)))); }
-
-void BM_Decode_Frame(benchmark::State& state) {
+void decode(benchmark::State& state, const EngineOutputData& frame) {
     std::vector<unsigned char> bytes;
-    typicalFrame(int(state.range(0))).serialize(bytes);
+    frame.serialize(bytes);
     for (auto _ : state) {
         int read_pos = 0;
         Ptr p = SerializableFactory::newObject(bytes, read_pos);
@@ -190,6 +188,19 @@ void BM_Decode_Frame(benchmark::State& state) {
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(bytes.size()));
     state.counters["bytes"] = double(bytes.size());
 }
+
+void BM_Memcpy_Frame(benchmark::State& state) { copy(state, typicalFrame(int(state.range(0)))); }
+void BM_Encode_Frame(benchmark::State& state) { encode(state, typicalFrame(int(state.range(0)))); }
+void BM_Decode_Frame(benchmark::State& state) { decode(state, typicalFrame(int(state.range(0)))); }
+
+// A frame of the synthetic engine: face, eyes, world intersections and the rest (~1.5 KB).
+const EngineOutputData& syntheticFrame() {
+    static const boost::shared_ptr<EngineOutputData> frame = eodtool::syntheticFrame(12345);
+    return *frame;
+}
+void BM_Memcpy_Synthetic(benchmark::State& state) { copy(state, syntheticFrame()); }
+void BM_Encode_Synthetic(benchmark::State& state) { encode(state, syntheticFrame()); }
+void BM_Decode_Synthetic(benchmark::State& state) { decode(state, syntheticFrame()); }
 
 void BM_Memcpy_Layered(benchmark::State& state) {
     copy(state, layeredFrame(int(state.range(0)), std::size_t(state.range(1))));
@@ -201,6 +212,9 @@ void BM_Encode_Layered(benchmark::State& state) {
 BENCHMARK(BM_Memcpy_Frame)->Arg(4)->Arg(16);
 BENCHMARK(BM_Encode_Frame)->Arg(4)->Arg(16);
 BENCHMARK(BM_Decode_Frame)->Arg(4)->Arg(16);
+BENCHMARK(BM_Memcpy_Synthetic);
+BENCHMARK(BM_Encode_Synthetic);
+BENCHMARK(BM_Decode_Synthetic);
 // Args: levels (1 = flat, 8 = nested), bytes of the block at the bottom.
 BENCHMARK(BM_Memcpy_Layered)->Args({1, 0})->Args({1, 256 << 10});
 BENCHMARK(BM_Encode_Layered)->Args({1, 0})->Args({8, 0})->Args({1, 256 << 10})->Args({8, 256 << 10});

@@ -1,7 +1,6 @@
 #include "eod/bytecodec.h"
 
 #include <algorithm>
-#include <cassert>
 #include <climits>
 
 #include <eod/serializableerror.h>
@@ -12,13 +11,9 @@ namespace tq {
 namespace eod {
 namespace detail {
 
-void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes) {
+void rejectReadPos(int read_pos) {
     EOD_REQUIRE(read_pos >= 0, "read_pos is negative");
-    assert(num_bytes > 0);
-    // Widened so that a position near INT_MAX cannot wrap round.
-    if (static_cast<long long>(read_pos) + num_bytes > static_cast<long long>(buffer.size())) {
-        throw SerializableError("Serializable::checkReadPos() - Attempt to read past end of buffer.");
-    }
+    throw SerializableError("Serializable::checkReadPos() - Attempt to read past end of buffer.");
 }
 
 std::string readString(const Bytes& buffer, int& read_pos) {

@@ -7,6 +7,7 @@
 // read position. Values are copied with memcpy, never through a cast onto the buffer,
 // because after a one-byte object id every field is unaligned.
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -83,10 +84,20 @@ inline std::uint32_t loadU32LE(const unsigned char* p) {
            (std::uint32_t(p[3]) << 24);
 }
 
+// Throws what checkReadPos promises for a position it refused.
+[[noreturn]] void rejectReadPos(int read_pos);
+
 // Throws std::invalid_argument for a negative position and SerializableError
 // "Serializable::checkReadPos() - Attempt to read past end of buffer." when fewer than
-// num_bytes bytes remain.
-void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes);
+// num_bytes bytes remain. Inline, since every field read goes through it; the widening
+// keeps a position near INT_MAX from wrapping round.
+inline void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes) {
+    assert(num_bytes > 0);
+    if (read_pos < 0 ||
+        static_cast<long long>(read_pos) + num_bytes > static_cast<long long>(buffer.size())) {
+        rejectReadPos(read_pos);
+    }
+}
 
 // Bytes left after read_pos (0 when read_pos is at or past the end); read_pos must be >= 0.
 inline std::size_t bytesRemaining(const Bytes& buffer, int read_pos) {

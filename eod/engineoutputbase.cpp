@@ -1,7 +1,5 @@
 #include <eod/engineoutputbase.h>
 
-#include <boost/pointer_cast.hpp>
-
 #include "eod/bytecodec.h"
 #include "eod/usageerror.h"
 
@@ -28,7 +26,8 @@ void EngineOutputBase::readOwnData(const std::vector<unsigned char>& buffer, int
 }
 
 void EngineOutputBase::doAddSubObject(const boost::shared_ptr<Serializable>& object) {
-    if (object && !boost::dynamic_pointer_cast<EngineOutputBase>(object)) {
+    // A plain pointer cast: no reference count is touched for the test.
+    if (object && !dynamic_cast<const EngineOutputBase*>(object.get())) {
         throw SerializableError(
             "EngineOutputBase::addSubObject - object not derived from EngineOutputBase");
     }

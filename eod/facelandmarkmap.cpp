@@ -73,7 +73,9 @@ FaceLandmarkMap readLandmarks(const Bytes& in, int& read_pos, LandmarkKind kind,
         if (kind == LandmarkKind::MASK && !isMaskLandmarkId(landmark.id)) {
             throwReadError(reader, "landmark.id outside the range 800..899");
         }
-        landmarks[landmark.id] = landmark;
+        // Written in ascending id order, so the end is the right place and the hint saves
+        // the search; a repeated id still replaces the earlier landmark.
+        landmarks.emplace_hint(landmarks.end(), landmark.id, landmark)->second = landmark;
     }
     return landmarks;
 }

@@ -16,8 +16,8 @@ namespace {
 
 // Records read from bytes nest (a frame holds face sets, which hold eye records, ...).
 // Hostile bytes could nest them deeply enough to exhaust the stack; real records nest a
-// handful of levels.
-thread_local unsigned int t_nesting_depth = 0;
+// handful of levels. Touched for every record read: initial-exec makes that a plain load.
+__attribute__((tls_model("initial-exec"))) thread_local unsigned int t_nesting_depth = 0;
 
 class NestingGuard {
 public:

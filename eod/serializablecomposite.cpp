@@ -1,11 +1,13 @@
 #include <eod/serializablecomposite.h>
 
+#include <algorithm>
 #include <cassert>
 #include <iterator>
 #include <limits>
 
 #include <eod/serializablefactory.h>
 
+#include "eod/bytecodec.h"
 #include "eod/textcolumns.h"
 
 namespace tq {
@@ -29,6 +31,7 @@ SerializableComposite::~SerializableComposite() = default;
 void SerializableComposite::copyFrom(const SerializableComposite& other) {
     if (this == &other) return;
     SubObjectMap copies;
+    copies.reserve(other._sub_objects.size());
     for (const auto& entry : other._sub_objects) {
         assert(entry.second);
         copies.emplace_hint(copies.end(), entry.first,
@@ -84,8 +87,9 @@ void SerializableComposite::insertSubObject(const boost::shared_ptr<Serializable
     if (object->forbidDuplicateSiblings() || !allowDuplicateSubObjects()) {
         throwIfDuplicate(*object);
     }
-    // multimap::insert places the entry after those with an equal key.
-    _sub_objects.insert(SubObjectMap::value_type(object->objectID(), object));
+    // Inserting with the end as hint places the entry after those with an equal key, at
+    // once when it belongs at the end, as sub-records read from bytes do.
+    _sub_objects.insert(_sub_objects.cend(), SubObjectMap::value_type(object->objectID(), object));
 }
 
 void SerializableComposite::throwIfDuplicate(const Serializable& object) const {
@@ -118,10 +122,12 @@ boost::shared_ptr<Serializable> SerializableComposite::removeSubObject(char id) 
 
 SerializableComposite::SubObjectMap::iterator SerializableComposite::findAtIndex(
     char id, unsigned char index) {
-    const auto range = _sub_objects.equal_range(id);
-    auto it = range.first;
-    for (unsigned char i = 0; i < index && it != range.second; ++i) ++it;
-    return it == range.second ? _sub_objects.end() : it;
+    // Entries of one id stand together in the flat map: the index-th is `index` places after
+    // the first, if it still has the id.
+    const auto first = _sub_objects.lower_bound(id);
+    if (_sub_objects.end() - first <= index) return _sub_objects.end();
+    const auto it = first + index;
+    return it->first == id ? it : _sub_objects.end();
 }
 
 boost::shared_ptr<Serializable> SerializableComposite::removeSubObjectAtIndex(char id,
@@ -205,10 +211,17 @@ void SerializableComposite::clearSubObjects() { _sub_objects.clear(); }
 
 void SerializableComposite::appendBuffer(std::vector<unsigned char>& buffer) const {
     appendOwnData(buffer);
-    buffer.push_back(numValidSubObjects());
+    // The count of valid sub-objects, filled in as they are written rather than counted in
+    // a pass of its own.
+    const std::size_t count_pos = buffer.size();
+    buffer.push_back(0);
+    unsigned char count = 0;
     for (const auto& entry : _sub_objects) {
-        if (entry.second->serializeEnabled()) entry.second->appendRecord(buffer);
+        if (!entry.second->serializeEnabled()) continue;
+        entry.second->appendRecord(buffer);
+        ++count;
     }
+    buffer[count_pos] = count;
 }
 
 unsigned int SerializableComposite::readOwnDataAndCount(const std::vector<unsigned char>& buffer,
@@ -220,7 +233,11 @@ unsigned int SerializableComposite::readOwnDataAndCount(const std::vector<unsign
             "SerializableComposite::readFromBuffer() - data_size in header wrong, too much data "
             "read.");
     }
-    return buffer[static_cast<std::size_t>(read_pos++)];
+    const unsigned int count = buffer[static_cast<std::size_t>(read_pos++)];
+    // Every sub-record takes at least a header, so the bytes present bound the room needed.
+    _sub_objects.reserve(
+        std::min<std::size_t>(count, detail::bytesRemaining(buffer, read_pos) / minHeaderBytes()));
+    return count;
 }
 
 void SerializableComposite::storeReadSubObject(const boost::shared_ptr<Serializable>& object) {
@@ -248,7 +265,7 @@ void SerializableComposite::readFromBuffer(const std::vector<unsigned char>& buf
 void SerializableComposite::readFromBufferWithStatus(const std::vector<unsigned char>& buffer,
                                                      int& read_pos, unsigned int& status) {
     try {
-            const unsigned int count = readOwnDataAndCount(buffer, read_pos);
+        const unsigned int count = readOwnDataAndCount(buffer, read_pos);
         for (unsigned int i = 0; i < count; ++i) {
             unsigned int sub_status = 0;
             boost::shared_ptr<Serializable> object =

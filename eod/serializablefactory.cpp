@@ -1,6 +1,7 @@
 #include <eod/serializablefactory.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <sstream>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "eod/bytecodec.h"
 #include "eod/startupregistrations.h"
+#include "eod/streamrecord.h"
 #include "eod/usageerror.h"
 
 namespace tq {
@@ -22,8 +24,14 @@ namespace {
 using CreationFunction = SerializableFactory::CreationFunction;
 
 struct Registry {
-    std::map<char, CreationFunction> creation_fns;
+    // Indexed by the id's byte: every record read looks its id up here, so a plain table
+    // rather than a tree (null where nothing is registered).
+    std::array<CreationFunction, 256> creation_fns{};
     std::map<char, std::string> id_typename_map;
+
+    CreationFunction& slot(char object_id) {
+        return creation_fns[static_cast<unsigned char>(object_id)];
+    }
 };
 
 CreationFunction addRegistration(Registry& registry, char object_id, CreationFunction creation_fn) {
@@ -47,7 +55,7 @@ CreationFunction addRegistration(Registry& registry, char object_id, CreationFun
             << ". An object type has already been registered for this object_id";
         throw SerializableError(msg.str());
     }
-    CreationFunction& slot = registry.creation_fns[object_id];
+    CreationFunction& slot = registry.slot(object_id);
     const CreationFunction previous = slot;
     slot = creation_fn;
     registry.id_typename_map[object_id] = type_name;
@@ -89,11 +97,13 @@ enum class StreamRead {
 struct StreamRecord {
     StreamRead outcome = StreamRead::ok;
     boost::shared_ptr<Serializable> object;
-    std::vector<unsigned char> bytes;  // header rewritten for the id and size, then the data
 };
 
-StreamRecord readStreamRecord(std::istream& stream, unsigned int& status) {
+// Fills `bytes` with the header, rewritten for the id and size, and the data.
+StreamRecord readStreamRecord(std::istream& stream, unsigned int& status,
+                              std::vector<unsigned char>& bytes) {
     StreamRecord r;
+    bytes.clear();
     // A stream whose exceptions() are set throws from the step under way; that step counts
     // as failed, so the status form never throws. on_throw names the step.
     StreamRead on_throw = StreamRead::end_of_file;
@@ -133,13 +143,13 @@ StreamRecord readStreamRecord(std::istream& stream, unsigned int& status) {
             return r;
         }
         on_throw = StreamRead::data_exception;
-        Serializable::writeHeader(r.bytes, id, size);
+        Serializable::writeHeader(bytes, id, size);
         std::size_t remaining = size;
         while (remaining > 0) {
             const std::size_t step = std::min(remaining, kStreamReadStep);
-            const std::size_t old_size = r.bytes.size();
-            r.bytes.resize(old_size + step);
-            stream.read(reinterpret_cast<char*>(r.bytes.data() + old_size),
+            const std::size_t old_size = bytes.size();
+            bytes.resize(old_size + step);
+            stream.read(reinterpret_cast<char*>(bytes.data() + old_size),
                         static_cast<std::streamsize>(step));
             if (static_cast<std::size_t>(stream.gcount()) != step) {
                 r.object.reset();
@@ -166,10 +176,8 @@ CreationFunction SerializableFactory::registerObjectType(char object_id,
 
 CreationFunction SerializableFactory::unregisterObjectType(char object_id) {
     Registry& r = registry();
-    const auto it = r.creation_fns.find(object_id);
-    if (it == r.creation_fns.end()) return nullptr;
-    const CreationFunction previous = it->second;
-    r.creation_fns.erase(it);
+    const CreationFunction previous = r.slot(object_id);
+    r.slot(object_id) = nullptr;
     r.id_typename_map.erase(object_id);
     return previous;
 }
@@ -181,13 +189,12 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(char object_id) {
 
 boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(char object_id,
                                                                          unsigned int& status) {
-    const Registry& r = registry();
-    const auto it = r.creation_fns.find(object_id);
-    if (it == r.creation_fns.end()) {
+    const CreationFunction create = registry().slot(object_id);
+    if (create == nullptr) {
         status |= Serializable::STATUS_UNKNOWN_OBJECT_ID;
         return boost::shared_ptr<Serializable>();
     }
-    return it->second();
+    return create();
 }
 
 bool SerializableFactory::canDeserialize(const std::vector<unsigned char>& buffer, int read_pos) {
@@ -235,23 +242,32 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(
 
 boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(std::istream& stream,
                                                                          unsigned int& status) {
-    StreamRecord r = readStreamRecord(stream, status);
-    if (r.outcome == StreamRead::unknown_skipped) return boost::shared_ptr<Serializable>();
-    if (r.outcome != StreamRead::ok) {
+    std::vector<unsigned char> bytes;
+    return detail::newObjectWithStatus(stream, status, bytes);
+}
+
+boost::shared_ptr<Serializable> detail::newObjectWithStatus(std::istream& stream,
+                                                            unsigned int& status,
+                                                            std::vector<unsigned char>& bytes) {
+    StreamRecord r = readStreamRecord(stream, status, bytes);
+    if (r.outcome == StreamRead::ok) {
+        int read_pos = 0;
+        unsigned int own_status = 0;
+        r.object->unSerializeWithStatus(bytes, read_pos, own_status);
+        status |= own_status;
+        if (own_status & kFailed) r.object.reset();
+    } else if (r.outcome != StreamRead::unknown_skipped) {
         status |= Serializable::STATUS_NOT_ENOUGH_DATA;
-        return boost::shared_ptr<Serializable>();
     }
-    int read_pos = 0;
-    unsigned int own_status = 0;
-    r.object->unSerializeWithStatus(r.bytes, read_pos, own_status);
-    status |= own_status;
-    if (own_status & kFailed) return boost::shared_ptr<Serializable>();
+    // Kept for the next record, unless an unusually long one left it large.
+    if (bytes.capacity() > kStreamReadStep) std::vector<unsigned char>().swap(bytes);
     return r.object;
 }
 
 boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& stream) {
     unsigned int status = 0;
-    StreamRecord r = readStreamRecord(stream, status);
+    std::vector<unsigned char> bytes;
+    StreamRecord r = readStreamRecord(stream, status, bytes);
     switch (r.outcome) {
         case StreamRead::end_of_file:
             throw SerializableError(
@@ -284,7 +300,7 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& str
     int read_pos = 0;
     bool complete = false;
     try {
-        complete = r.object->unSerialize(r.bytes, read_pos);
+        complete = r.object->unSerialize(bytes, read_pos);
     } catch (...) {
     }
     if (!complete) {

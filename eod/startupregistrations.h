@@ -16,9 +16,11 @@ struct StartupRegistration {
     SerializableFactory::CreationFunction create;
 };
 
+// The record and its reference count in one allocation: every record read from bytes is
+// made here.
 template <class Record>
 boost::shared_ptr<Serializable> createRecord() {
-    return boost::shared_ptr<Serializable>(new Record());
+    return boost::make_shared<Record>();
 }
 
 // The library's own record classes, in the fixed order in which the registry registers

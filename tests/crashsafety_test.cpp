@@ -22,7 +22,7 @@
 
 #include "recordtesting.h"
 #include "testfiles.h"
-#include "tools/syntheticengine.h"
+#include "tools/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;

@@ -15,7 +15,7 @@
 #include "commands.h"
 #include "logids.h"
 #include "recordscan.h"
-#include "syntheticengine.h"
+#include "syntheticframe.h"
 #include "toolerror.h"
 
 namespace eodtool {

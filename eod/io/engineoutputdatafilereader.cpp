@@ -7,6 +7,8 @@
 #include <limits>
 #include <system_error>
 
+#include <boost/make_shared.hpp>
+
 #include "eod/io/pathconversion.h"
 #include "eod/usageerror.h"
 
@@ -212,13 +214,13 @@ boost::shared_ptr<EngineOutputData> EngineOutputDataFileReader::readData() {
         for (const auto& stream : _streams) stream->throwTornTail();
         return boost::shared_ptr<EngineOutputData>();
     }
-    boost::shared_ptr<EngineOutputData> result(new EngineOutputData());
+    boost::shared_ptr<EngineOutputData> result = boost::make_shared<EngineOutputData>();
     result->setFrameNum(frame);
     for (const auto& stream : _streams) {
-        const boost::shared_ptr<EngineOutputData> next = stream->current();
+        const boost::shared_ptr<EngineOutputData>& next = stream->current();
         if (next && next->frameNum() == frame) {
             mergeSubObjects(*next, *result);
-            stream->advance();
+            stream->advance();  // `next` is empty from here on
         }
     }
     return result;
@@ -228,12 +230,13 @@ void EngineOutputDataFileReader::mergeSubObjects(EngineOutputData& src, EngineOu
     assert(src.frameNum() == dst.frameNum() && "src.frameNum() == dst.frameNum()");
     for (const boost::shared_ptr<Serializable>& sub : src.subObjects()) {
         if (!isMergable(sub->objectID())) continue;
-        if (!boost::dynamic_pointer_cast<EngineOutputBase>(sub)) {
+        if (!dynamic_cast<const EngineOutputBase*>(sub.get())) {
             throw EngineOutputDataFileError(
                 "EngineOutputDataFileReader::readData() - invalid sub-object");
         }
         src.removeSubObject(*sub);
-        dst.addSubObject(sub);
+        // What addSubObject does once its EngineOutputBase test, just made, has passed.
+        dst.insertSubObject(sub);
     }
 }
 

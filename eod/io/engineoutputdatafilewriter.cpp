@@ -102,7 +102,21 @@ void EngineOutputDataFileWriter::writeData(const EngineOutputData& data) {
         serializeObject(data, *_streams.at(0));
         return;
     }
-    for (const auto& entry : _streams) writeSubObject(data, entry.first);
+    // Looked up once per frame, when the first logged id is not at the top level.
+    boost::shared_ptr<const SerializableComposite> face_set;
+    bool face_set_looked_up = false;
+    for (const auto& entry : _streams) {
+        boost::shared_ptr<const Serializable> sub = data.subObject(entry.first);
+        if (!sub) {
+            if (!face_set_looked_up) {
+                face_set = boost::dynamic_pointer_cast<const SerializableComposite>(
+                    data.subObject(FaceSetOutputData::THIS_OBJECT_ID));
+                face_set_looked_up = true;
+            }
+            if (face_set) sub = face_set->subObject(entry.first);
+        }
+        if (sub) writeSubObject(data.frameNum(), *sub, *entry.second);
+    }
 }
 
 void EngineOutputDataFileWriter::writeData(const boost::shared_ptr<const EngineOutputData>& data) {
@@ -110,24 +124,21 @@ void EngineOutputDataFileWriter::writeData(const boost::shared_ptr<const EngineO
     writeData(*data);
 }
 
-void EngineOutputDataFileWriter::writeSubObject(const EngineOutputData& data, char id) {
-    if (!data.serializeEnabled()) return;
-    boost::shared_ptr<const Serializable> sub = data.subObject(id);
-    if (!sub) {
-        const boost::shared_ptr<const SerializableComposite> face_set =
-            boost::dynamic_pointer_cast<const SerializableComposite>(
-                data.subObject(FaceSetOutputData::THIS_OBJECT_ID));
-        if (face_set) sub = face_set->subObject(id);
-    }
-    if (!sub || !sub->serializeEnabled()) return;
-    EngineOutputData single;
-    single.setFrameNum(data.frameNum());
-    // Shared rather than cloned: the wrapper only encodes it and is gone before this
-    // returns, so the frame's record is never changed through it.
-    single.addSubObject(boost::const_pointer_cast<Serializable>(sub));
-    BufferedOutputFileStream& stream = *_streams.at(id);
+void EngineOutputDataFileWriter::writeSubObject(unsigned int frameNum, const Serializable& sub,
+                                                BufferedOutputFileStream& stream) {
+    if (!sub.serializeEnabled()) return;
+    // One wrapper serves every record. It holds the frame's record only while encoding it,
+    // through a pointer that owns nothing (the caller's frame keeps the record alive), so no
+    // reference count changes; the record is never changed through it.
+    struct Release {
+        EngineOutputData& wrapper;
+        ~Release() { wrapper.clearSubObjects(); }
+    } release{_wrapper};
+    _wrapper.setFrameNum(frameNum);
+    _wrapper.addSubObject(boost::shared_ptr<Serializable>(boost::shared_ptr<Serializable>(),
+                                                          const_cast<Serializable*>(&sub)));
     assert(stream.is_open() && "stream.is_open()");
-    serializeObject(single, stream);
+    serializeObject(_wrapper, stream);
 }
 
 void EngineOutputDataFileWriter::serializeObject(const Serializable& object, std::ostream& stream) {
@@ -138,8 +149,12 @@ void EngineOutputDataFileWriter::serializeObject(const Serializable& object, std
     // The bytes writeToBinaryStream would write, in a buffer kept from frame to frame.
     _buffer.clear();
     object.serialize(_buffer);
-    stream.write(reinterpret_cast<const char*>(_buffer.data()),
-                 static_cast<std::streamsize>(_buffer.size()));
+    // Straight to the file buffer, as write() does once its sentry has found the stream
+    // good (checked above) and flushed no tied stream (a file stream has none).
+    const std::streamsize size = static_cast<std::streamsize>(_buffer.size());
+    if (stream.rdbuf()->sputn(reinterpret_cast<const char*>(_buffer.data()), size) != size) {
+        stream.setstate(std::ios_base::badbit);
+    }
     if (stream.fail()) throw EngineOutputDataFileError("Failed to write to stream.");
 }
 

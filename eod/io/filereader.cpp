@@ -1,9 +1,9 @@
 #include <eod/io/filereader.h>
 
 #include <eod/serializableerror.h>
-#include <eod/serializablefactory.h>
 
 #include "eod/io/pathconversion.h"
+#include "eod/streamrecord.h"
 #include "eod/usageerror.h"
 
 namespace tq {
@@ -20,6 +20,9 @@ bool FileReader::open(const std::wstring& path) { return open(detail::narrowPath
 
 bool FileReader::open(const std::string& path) {
     close();
+    if (!_buffer) _buffer.reset(new char[BUFFER_SIZE]);
+    // The buffer must be installed while the stream is closed to take effect.
+    _stream.rdbuf()->pubsetbuf(_buffer.get(), BUFFER_SIZE);
     _stream.open(path, std::ios_base::in | std::ios_base::binary);
     return !_stream.fail();
 }
@@ -38,7 +41,7 @@ boost::shared_ptr<Serializable> FileReader::read(unsigned int& status) {
     EOD_REQUIRE(isOpen(), "files are not open");
     EOD_REQUIRE(!atEnd(), "Cannot reading when atEnd().");
     status = 0;
-    return SerializableFactory::newObjectWithStatus(_stream, status);
+    return eod::detail::newObjectWithStatus(_stream, status, _record_bytes);
 }
 
 unsigned int FileReader::position() const {

@@ -3,6 +3,8 @@
 #include <eod/serializablefactory.h>
 #include <zlib.h>
 
+#include <utility>
+
 #include "eod/bytecodec.h"
 #include "eod/usageerror.h"
 
@@ -66,10 +68,10 @@ bool ZLibDecoder::parsePending(std::string& error, std::string& record_error) {
         if (length > 0) {
             // A copy of exactly the framed bytes, so a record whose own header says more
             // cannot read into the next frame.
-            const std::vector<unsigned char> bytes(record, record + length);
+            _record.assign(record, record + length);
             int read_pos = 0;
             try {
-                item.data.record = SerializableFactory::newObject(bytes, read_pos);
+                item.data.record = SerializableFactory::newObject(_record, read_pos);
                 if (static_cast<std::uint32_t>(read_pos) != length) {
                     throw SerializableError(
                         "ZLibDecoder::decode() - record does not fill its frame");
@@ -80,10 +82,12 @@ bool ZLibDecoder::parsePending(std::string& error, std::string& record_error) {
                 rebuilt = false;
             }
         }
-        if (rebuilt) _queue.push_back(item);
+        if (rebuilt) _queue.push_back(std::move(item));
         pos += FRAME_HEADER_BYTES + length;
     }
     _pending.erase(_pending.begin(), _pending.begin() + static_cast<std::ptrdiff_t>(pos));
+    // Not held on to after an unusually long record.
+    if (_record.capacity() > MAX_INFLATE_STEP) std::vector<unsigned char>().swap(_record);
     return true;
 }
 
@@ -100,7 +104,7 @@ DecoderData ZLibDecoder::getNextWithStatus(unsigned int& status) {
         status |= Serializable::STATUS_NOT_ENOUGH_DATA;
         return DecoderData();
     }
-    const QueuedItem item = _queue.front();
+    const QueuedItem item = std::move(_queue.front());
     _queue.pop_front();
     status |= item.status;
     return item.data;

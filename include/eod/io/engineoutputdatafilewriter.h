@@ -86,11 +86,15 @@ class EngineOutputDataFileWriter {
 
   private:
     void openStream(char id, const std::wstring& path, int bufferSize, const char* failureMessage);
-    void writeSubObject(const EngineOutputData& data, char id);
+    // Writes `sub` wrapped in an EngineOutputData of the frame's number.
+    void writeSubObject(unsigned int frameNum, const Serializable& sub,
+                        BufferedOutputFileStream& stream);
     void serializeObject(const Serializable& object, std::ostream& stream);
 
     std::map<char, std::unique_ptr<BufferedOutputFileStream>> _streams;
     bool _single_file = false;
+    // Kept from record to record: the wrapper and the bytes of the record being written.
+    EngineOutputData _wrapper;
     std::vector<unsigned char> _buffer;
 };
 

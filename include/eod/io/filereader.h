@@ -3,8 +3,11 @@
 
 // Reads a raw record file: encoded records back to back, no file header, index or trailer.
 
+#include <cstddef>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
@@ -42,7 +45,14 @@ public:
 private:
     [[noreturn]] void throwFileOpenError(const std::string& path);
 
+    // Records are read a block at a time from the file rather than in small pieces.
+    static constexpr std::size_t BUFFER_SIZE = 65536;
+
+    // Declared before the stream so that it outlives the stream.
+    std::unique_ptr<char[]> _buffer;
     mutable std::ifstream _stream;
+    // The bytes of the record being read, kept from one record to the next.
+    std::vector<unsigned char> _record_bytes;
 };
 
 }  // namespace io

@@ -62,6 +62,8 @@ class ZLibDecoder : public ZLibCodec<SerializableCompressorDecoder> {
     [[noreturn]] void resetAndThrow(const std::string& error);
 
     std::vector<unsigned char> _pending;
+    // The record being rebuilt, copied out of the pending bytes; kept from record to record.
+    std::vector<unsigned char> _record;
     std::deque<QueuedItem> _queue;
 };
 
