@@ -8,7 +8,8 @@
 
 #include "eod/bytecodec.h"
 #include "eod/fieldcodec.h"
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;
@@ -115,8 +116,7 @@ TEST(ByteCodec, StringsAreTerminated) {
     EXPECT_EQ(serializableError([&] { TestLeaf::readBuffer(two, read_pos, s); }),
               "Serializable::readBuffer() - Missing terminator for string.");
     read_pos = -1;
-    EXPECT_TRUE(throwsUsageError([&] { TestLeaf::readBuffer(two, read_pos, s); }, "bytecodec",
-                                 "read_pos is negative"));
+    EXPECT_USAGE_ERROR(TestLeaf::readBuffer(two, read_pos, s), "bytecodec", "read_pos is negative");
 }
 
 TEST(ByteCodec, RawBytesAreCopiedAsTheyStand) {
@@ -133,8 +133,8 @@ TEST(ByteCodec, RawBytesAreCopiedAsTheyStand) {
     EXPECT_EQ(serializableError([&] { TestLeaf::readRawBytes(b, read_pos, out, 3); }),
               "Serializable::checkReadPos() - Attempt to read past end of buffer.");
     EXPECT_EQ(read_pos, 1);
-    EXPECT_TRUE(throwsUsageError([&] { TestLeaf::readRawBytes(b, read_pos, nullptr, 1); },
-                                 "serializable", "array is NULL"));
+    EXPECT_USAGE_ERROR(TestLeaf::readRawBytes(b, read_pos, nullptr, 1), "serializable",
+                       "array is NULL");
 }
 
 // Fields stored into room made once are the bytes that appending them one by one gives.
@@ -178,8 +178,7 @@ TEST(ByteCodec, CheckReadPos) {
     EXPECT_EQ(serializableError([&] { detail::checkReadPos(b, INT_MAX, 4); }),
               "Serializable::checkReadPos() - Attempt to read past end of buffer.");
     EXPECT_NO_THROW(detail::checkReadPos(b, 2, 4));
-    EXPECT_TRUE(throwsUsageError([&] { detail::checkReadPos(b, -1, 1); }, "bytecodec",
-                                 "read_pos is negative"));
+    EXPECT_USAGE_ERROR(detail::checkReadPos(b, -1, 1), "bytecodec", "read_pos is negative");
     EXPECT_EQ(detail::bytesRemaining(b, 2), 4u);
     EXPECT_EQ(detail::bytesRemaining(b, 6), 0u);
     EXPECT_EQ(detail::bytesRemaining(b, 100), 0u);

@@ -6,7 +6,7 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
 
 // The largest single allocation made by this program since the last reset: proves that a
 // forged length is checked before memory is sized by it.
@@ -60,7 +60,7 @@ TEST(CompressedSerializable, AllocationTrackingWorks) {
 TEST(CompressedSerializable, LengthBeyondTheData) {
     for (const Bytes& length : {Bytes{0, 0, 0, 10}, Bytes{0xFF, 0xFF, 0xFF, 0xFF}}) {
         SCOPED_TRACE(int(length[0]));
-        const Bytes bytes = concat(concat({0x5F, 0x00, 0x08}, length), {1, 2, 3, 4});
+        const Bytes bytes = concat({{0x5F, 0x00, 0x08}, length, {1, 2, 3, 4}});
         CompressedSerializable c({9});
         int read_pos = 0;
         largest_allocation = 0;
@@ -87,11 +87,8 @@ TEST(CompressedSerializable, HugeRecordFromAStreamGrowsWithTheBytesRead) {
 
 TEST(CompressedSerializable, Text) {
     const CompressedSerializable c({1, 2, 3});
-    std::ostringstream header, line;
-    c.printHeader(header);
-    c.printLine(line);
-    EXPECT_EQ(header.str(), "PAYLOAD_BYTES");
-    EXPECT_EQ(line.str(), "3");
+    EXPECT_EQ(headerLine(c), "PAYLOAD_BYTES");
+    EXPECT_EQ(valueLine(c), "3");
 }
 
 TEST(CompressedSerializableToken, Bytes) {
@@ -114,11 +111,8 @@ TEST(CompressedSerializableToken, SeveralInOneParent) {
     frame.addSubObject(Ptr(new CompressedSerializableToken(1)));
     frame.addSubObject(Ptr(new CompressedSerializableToken(2)));
     EXPECT_EQ(frame.numSubObjects(CompressedSerializableToken::THIS_OBJECT_ID), 2);
-    std::ostringstream header, line;
-    frame.printHeader(header);
-    frame.printLine(line);
-    EXPECT_EQ(header.str(), "FRAME_NUM\tSTREAM_ID\tSTREAM_ID");
-    EXPECT_EQ(line.str(), "0\t1\t2");
+    EXPECT_EQ(headerLine(frame), "FRAME_NUM\tSTREAM_ID\tSTREAM_ID");
+    EXPECT_EQ(valueLine(frame), "0\t1\t2");
 }
 
 }  // namespace

@@ -15,14 +15,13 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testfiles.h"
 #include "tools/syntheticframe.h"
 
 using namespace tq::eod;
@@ -53,11 +52,6 @@ boost::shared_ptr<const Serializable> loggedSubObject(const EngineOutputData& fr
     const auto face_set = boost::dynamic_pointer_cast<const SerializableComposite>(
         frame.subObject(FaceSetOutputData::THIS_OBJECT_ID));
     return face_set ? face_set->subObject(id) : boost::shared_ptr<const Serializable>();
-}
-
-Bytes fileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 struct Round {
@@ -118,7 +112,7 @@ void inspect(const fs::path& dir, Recording& out) {
                                   .concat(EngineOutputData::LOGFILE_EXTENSION());
         // The reader names a file by the directory, a "/" and the file name.
         const std::string path = dir.string() + "/" + name.string();
-        logs.push_back({id, path, fileBytes(dir / name)});
+        logs.push_back({id, path, eodtest::readFile(dir / name)});
     }
     const auto unread = [&] {
         return std::any_of(logs.begin(), logs.end(),

@@ -25,6 +25,7 @@
 using namespace tq::eod;
 using namespace tq::eod::io;
 using Bytes = std::vector<unsigned char>;
+using eodtest::thrownMessage;
 using nettest::loopback;
 
 namespace {
@@ -43,17 +44,6 @@ Bytes pattern(std::size_t n) {
         bytes[i] = static_cast<unsigned char>(i * 7 + 1);
     }
     return bytes;
-}
-
-// The message of the SocketError that call throws; "no SocketError" when it throws none.
-template <class F>
-std::string socketErrorText(F&& call) {
-    try {
-        call();
-    } catch (const SocketError& e) {
-        return e.what();
-    }
-    return "no SocketError";
 }
 
 Bytes receiveFrom(const DatagramSocket& socket, InetAddress& from) {
@@ -83,7 +73,7 @@ TEST(DatagramSocket, BoundOnConstruction) {
 
     // The port asked for is the port bound; a second plain socket cannot have it too.
     const int port = socket.getLocalAddress().getPort();
-    EXPECT_EQ(socketErrorText([&] { DatagramSocket again(port); }),
+    EXPECT_EQ(thrownMessage<SocketError>([&] { DatagramSocket again(port); }),
               "Could not bind UDP command socket to address.: The specified address is already "
               "in use.");
 }
@@ -173,8 +163,9 @@ TEST(DatagramSocket, RefusedPeerIsReportedOnReceive) {
     sender.sendDatagram(Bytes{1});
     InetAddress from;
     Bytes out;
-    EXPECT_EQ(socketErrorText([&] { sender.receiveDatagram(out, from, kWaitMs, false); }),
-              "Failed to receive datagram.: The attempt to connect was forcefully rejected.");
+    EXPECT_EQ(
+        thrownMessage<SocketError>([&] { sender.receiveDatagram(out, from, kWaitMs, false); }),
+        "Failed to receive datagram.: The attempt to connect was forcefully rejected.");
 }
 
 TEST(DatagramSocket, SizeLimit) {
@@ -189,7 +180,7 @@ TEST(DatagramSocket, SizeLimit) {
 
     // 65535 bytes pass the limit, but IPv4 carries at most 65507 bytes in one datagram.
     const Bytes limit(DatagramSocket::MAX_DATAGRAM_SIZE);
-    EXPECT_EQ(socketErrorText([&] { sender.sendDatagram(limit); }),
+    EXPECT_EQ(thrownMessage<SocketError>([&] { sender.sendDatagram(limit); }),
               "Failed to send datagram.: The message was too large to fit in the buffer provided "
               "and was truncated");
     const Bytes largest = pattern(65507);
@@ -239,13 +230,13 @@ TEST(DatagramSocket, BroadcastOnLoopback) {
     const DatagramSocket receiver;
     // The broadcast address of 127.0.0.0/8 stays on the loopback interface.
     const InetAddress broadcast(receiver.getLocalAddress().getPort(), "127.255.255.255");
-    EXPECT_EQ(socketErrorText([&] { sender.sendDatagram(Bytes{1}, broadcast); }),
+    EXPECT_EQ(thrownMessage<SocketError>([&] { sender.sendDatagram(Bytes{1}, broadcast); }),
               "Failed to send datagram.: No error message is defined for this exception.");
     sender.enabledBroadcast(true);
     sender.sendDatagram(Bytes{2}, broadcast);
     EXPECT_EQ(receive(receiver), Bytes{2});
     sender.enabledBroadcast(false);
-    EXPECT_NE(socketErrorText([&] { sender.sendDatagram(Bytes{3}, broadcast); }), "no SocketError");
+    EXPECT_THROW(sender.sendDatagram(Bytes{3}, broadcast), SocketError);
 }
 
 namespace {
@@ -310,10 +301,10 @@ void multicastInPrivateNetwork() {
     sender.sendDatagram(Bytes{4}, to_group);
     EXPECT_EQ(receive(first), Bytes{4});
 
-    EXPECT_EQ(socketErrorText([&] { first.unsubscribeMulticast("239.9.9.9"); }),
+    EXPECT_EQ(thrownMessage<SocketError>([&] { first.unsubscribeMulticast("239.9.9.9"); }),
               "Failed to drop membership of multicast group: The specified address is not "
               "available from the local machine.");
-    EXPECT_EQ(socketErrorText([&] { first.subscribeMulticast("127.0.0.1"); }),
+    EXPECT_EQ(thrownMessage<SocketError>([&] { first.subscribeMulticast("127.0.0.1"); }),
               "Failed to request membership of multicast group: The socket is not already bound "
               "to an address.");
     for (const char* bad : {"", "239.1.2", "group", "239.1.2.3.4"}) {

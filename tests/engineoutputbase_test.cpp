@@ -2,7 +2,8 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;
@@ -99,9 +100,8 @@ TEST(EngineOutputBase, EyeIdNames) {
     EXPECT_EQ(EngineOutputBase::eyeIdName(BOTH_EYES), "BOTH EYES");
     EXPECT_EQ(&EngineOutputBase::eyeIdName(LEFT_EYE), &EngineOutputBase::eyeIdName(LEFT_EYE));
     for (int bad : {3, -1}) {
-        EXPECT_TRUE(throwsUsageError([&] { EngineOutputBase::eyeIdName(EyeId(bad)); },
-                                     "engineoutputbase",
-                                     "eye_id should be either LEFT_EYE, RIGHT_EYE or BOTH_EYES"));
+        EXPECT_USAGE_ERROR(EngineOutputBase::eyeIdName(EyeId(bad)), "engineoutputbase",
+                           "eye_id should be either LEFT_EYE, RIGHT_EYE or BOTH_EYES");
     }
     EXPECT_EQ(RIGHT_EYE, 0);
     EXPECT_EQ(LEFT_EYE, 1);

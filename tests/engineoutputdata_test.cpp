@@ -4,7 +4,8 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;
@@ -62,7 +63,7 @@ protected:
         bytes = encode(frame);
     }
 
-    ScopedRegistration<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<51>> r51;
     EngineOutputData frame;
     Bytes bytes;
 };
@@ -71,10 +72,9 @@ TEST_F(FrameWithSubRecords, RoundTrip) {
     const Bytes token7 = {0x60, 0x00, 0x06, 0x01, 0, 0, 0, 7, 0x00};
     const Bytes token8 = {0x60, 0x00, 0x06, 0x01, 0, 0, 0, 8, 0x00};
     const Bytes token9 = {0x60, 0x00, 0x06, 0x01, 0, 0, 0, 9, 0x00};
-    const Bytes record51 = concat({51, 0x00, 0x0F, 0x01, 0xFF, 0xFF, 0xFF, 0xFD, 0x01}, token8);
-    const Bytes expected = concat(
-        concat(concat({0x09, 0x00, 0x2A, 0x01, 0x0A, 0x0B, 0x0C, 0x0D, 0x03}, record51), token7),
-        token9);
+    const Bytes record51 = concat({{51, 0x00, 0x0F, 0x01, 0xFF, 0xFF, 0xFF, 0xFD, 0x01}, token8});
+    const Bytes expected =
+        concat({{0x09, 0x00, 0x2A, 0x01, 0x0A, 0x0B, 0x0C, 0x0D, 0x03}, record51, token7, token9});
     EXPECT_EQ(bytes, expected);
 
     int read_pos = 0;
@@ -146,11 +146,8 @@ TEST_F(FrameWithSubRecords, ReadingIntoAnExistingFrameReplacesItsContent) {
 }
 
 TEST_F(FrameWithSubRecords, Text) {
-    std::ostringstream header, line;
-    frame.printHeader(header);
-    frame.printLine(line);
-    EXPECT_EQ(header.str(), "FRAME_NUM\tVALUE_51\tSTREAM_ID\tSTREAM_ID\tSTREAM_ID");
-    EXPECT_EQ(line.str(), "168496141\t-3\t8\t7\t9");
+    EXPECT_EQ(headerLine(frame), "FRAME_NUM\tVALUE_51\tSTREAM_ID\tSTREAM_ID\tSTREAM_ID");
+    EXPECT_EQ(valueLine(frame), "168496141\t-3\t8\t7\t9");
 }
 
 }  // namespace

@@ -1,15 +1,14 @@
 #include <eod/eod.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/resource.h>
 
 #include <filesystem>
-#include <fstream>
 #include <random>
-#include <regex>
 #include <string>
 #include <vector>
 
+#include "recordtesting.h"
+#include "testfiles.h"
 #include "testrecord.h"
 
 using namespace tq::eod;
@@ -18,28 +17,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using eodtest::Bytes;
+using eodtest::encode;
+using eodtest::readFile;
+using eodtest::writeFile;
 using Timing = eodtest::TestRecord<10>;
 using Head = eodtest::TestRecord<11>;
 using Eye = eodtest::TestRecord<15>;
 using FaceSet = eodtest::TestRecord<94>;
 using FramePtr = boost::shared_ptr<EngineOutputData>;
-
-Bytes bytesOf(const Serializable& record) {
-    Bytes out;
-    record.serialize(out);
-    return out;
-}
-
-Bytes fileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void writeFile(const fs::path& path, const Bytes& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-}
 
 template <class T>
 void add(SerializableComposite& parent, unsigned int value) {
@@ -59,7 +45,7 @@ FramePtr recordedFrame(unsigned int i) {
 
 std::vector<Bytes> readAll(EngineOutputDataFileReader& reader) {
     std::vector<Bytes> frames;
-    while (FramePtr frame = reader.readData()) frames.push_back(bytesOf(*frame));
+    while (FramePtr frame = reader.readData()) frames.push_back(encode(*frame));
     EXPECT_TRUE(reader.endOfData());
     return frames;
 }
@@ -76,27 +62,8 @@ std::string errorText(F&& f) {
     return "";
 }
 
-template <class F>
-void expectUsageError(F&& f, const std::string& module, const std::string& reason) {
-    try {
-        f();
-        ADD_FAILURE() << "no usage error: " << reason;
-    } catch (const std::invalid_argument& e) {
-        EXPECT_TRUE(std::regex_match(
-            e.what(), std::regex("^eod/io/" + module + "\\.cpp:[0-9]+: " + reason + "$")))
-            << e.what();
-    }
-}
-
 class LogFiles : public ::testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "eod_logs_XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir = pattern;
-    }
-    void TearDown() override { fs::remove_all(dir); }
-
     // Writes frames 0..n-1 of recordedFrame to Timing, Head and Eye logs in `dir`.
     std::vector<Bytes> record(unsigned int n) {
         EngineOutputDataFileWriter writer;
@@ -105,7 +72,7 @@ class LogFiles : public ::testing::Test {
         for (unsigned int i = 0; i < n; ++i) {
             const FramePtr frame = recordedFrame(i);
             writer.writeData(boost::shared_ptr<const EngineOutputData>(frame));
-            if (frame->numSubObjects() > 0) written.push_back(bytesOf(*frame));
+            if (frame->numSubObjects() > 0) written.push_back(encode(*frame));
         }
         return written;
     }
@@ -114,7 +81,8 @@ class LogFiles : public ::testing::Test {
     eodtest::ScopedObjectType<Head> head_type;
     eodtest::ScopedObjectType<Eye> eye_type;
     eodtest::ScopedObjectType<FaceSet> face_set_type;
-    fs::path dir;
+    eodtest::TempDir temp_dir;
+    const fs::path dir = temp_dir.path();
 };
 
 }  // namespace
@@ -171,7 +139,7 @@ TEST_F(LogFiles, FramesWithoutALoggedIdWriteNothingThere) {
     EXPECT_EQ(fs::file_size(dir / "Head.tql"), 0u);
     EngineOutputData expected;
     add<Timing>(expected, 1);
-    EXPECT_EQ(fileBytes(dir / "Timing.tql"), bytesOf(expected));
+    EXPECT_EQ(readFile(dir / "Timing.tql"), encode(expected));
 }
 
 TEST_F(LogFiles, InterleavedFramesMerge) {
@@ -216,7 +184,7 @@ TEST_F(LogFiles, MergeIdsFilterSubObjectsAndSkipRecords) {
         EngineOutputData frame;
         frame.setFrameNum(100 + i);
         add<Head>(frame, 1000 + i);
-        expected.push_back(bytesOf(frame));
+        expected.push_back(encode(frame));
     }
     EXPECT_EQ(readAll(reader), expected);
 
@@ -282,11 +250,11 @@ TEST_F(LogFiles, FaceSetFallback) {
     FramePtr frame = reader.readData();
     ASSERT_TRUE(frame);
     EXPECT_FALSE(frame->hasSubObjectID(94));
-    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 42u);
-    EXPECT_EQ(frame->typedSubObject<Eye>(15)->value(), 43u);
+    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 42);
+    EXPECT_EQ(frame->typedSubObject<Eye>(15)->value(), 43);
     frame = reader.readData();
     ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 7u) << "the frame's own record wins";
+    EXPECT_EQ(frame->typedSubObject<Head>(11)->value(), 7) << "the frame's own record wins";
 }
 
 TEST_F(LogFiles, SingleFileHoldsWholeFrames) {
@@ -300,7 +268,7 @@ TEST_F(LogFiles, SingleFileHoldsWholeFrames) {
         add<Head>(*face, i);
         frame->addSubObject(face);
         writer.writeData(*frame);
-        written.push_back(bytesOf(*frame));
+        written.push_back(encode(*frame));
     }
     writer.closeFiles();
     EngineOutputDataFileReader reader;
@@ -309,29 +277,25 @@ TEST_F(LogFiles, SingleFileHoldsWholeFrames) {
 }
 
 TEST_F(LogFiles, UsageErrors) {
-    const std::string w = "engineoutputdatafilewriter";
-    const std::string r = "engineoutputdatafilereader";
+    const std::string w = "io/engineoutputdatafilewriter";
+    const std::string r = "io/engineoutputdatafilereader";
     EngineOutputDataFileWriter writer;
-    expectUsageError([&] { writer.writeData(EngineOutputData()); }, w, "no files are open");
-    expectUsageError([&] { writer.writeData(boost::shared_ptr<const EngineOutputData>()); }, w,
-                     "data is NULL");
-    expectUsageError([&] { writer.newFiles({}, dir.wstring(), L"", 16); }, w,
-                     "the list of object IDs to log cannot be empty");
+    EXPECT_USAGE_ERROR(writer.writeData(EngineOutputData()), w, "no files are open");
+    EXPECT_USAGE_ERROR(writer.writeData(boost::shared_ptr<const EngineOutputData>()), w,
+                       "data is NULL");
+    EXPECT_USAGE_ERROR(writer.newFiles({}, dir.wstring(), L"", 16), w,
+                       "the list of object IDs to log cannot be empty");
     writer.newFiles({11}, dir.wstring(), L"", 16);
-    expectUsageError([&] { writer.newFiles({10}, dir.wstring(), L"", 16); }, w,
-                     "files already open");
-    expectUsageError([&] { writer.newFile(10, (dir / "x.tql").wstring(), 16); }, w,
-                     "files already open");
-    expectUsageError([&] { writer.newFile((dir / "x.tql").wstring(), 16); }, w,
-                     "files already open");
+    EXPECT_USAGE_ERROR(writer.newFiles({10}, dir.wstring(), L"", 16), w, "files already open");
+    EXPECT_USAGE_ERROR(writer.newFile(10, (dir / "x.tql").wstring(), 16), w, "files already open");
+    EXPECT_USAGE_ERROR(writer.newFile((dir / "x.tql").wstring(), 16), w, "files already open");
     writer.closeFiles();
 
     EngineOutputDataFileReader reader;
-    expectUsageError([&] { reader.readData(); }, r, "files are not open");
+    EXPECT_USAGE_ERROR(reader.readData(), r, "files are not open");
     reader.openFiles(dir.wstring());
-    expectUsageError([&] { reader.openFiles(dir.wstring()); }, r, "files already open");
-    expectUsageError([&] { reader.openFile((dir / "Head.tql").wstring()); }, r,
-                     "files already open");
+    EXPECT_USAGE_ERROR(reader.openFiles(dir.wstring()), r, "files already open");
+    EXPECT_USAGE_ERROR(reader.openFile((dir / "Head.tql").wstring()), r, "files already open");
 }
 
 TEST_F(LogFiles, DuplicateIdFailsAfterOpeningTheFirst) {
@@ -426,8 +390,8 @@ TEST_F(LogFiles, GarbageAndForeignRecordsAreCorruptLogs) {
     EngineOutputData frame;
     frame.setFrameNum(9);
     add<Head>(frame, 1);
-    Bytes token_then_frame = bytesOf(CompressedSerializableToken(4));
-    const Bytes good = bytesOf(frame);
+    Bytes token_then_frame = encode(CompressedSerializableToken(4));
+    const Bytes good = encode(frame);
     token_then_frame.insert(token_then_frame.end(), good.begin(), good.end());
     writeFile(path, token_then_frame);
 
@@ -436,7 +400,7 @@ TEST_F(LogFiles, GarbageAndForeignRecordsAreCorruptLogs) {
     EXPECT_EQ(errorText([&] { reader.readData(); }), corrupt);
     const FramePtr after = reader.readData();
     ASSERT_TRUE(after) << "the foreign record is passed over";
-    EXPECT_EQ(bytesOf(*after), good);
+    EXPECT_EQ(encode(*after), good);
     reader.closeFiles();
 
     std::mt19937 gen(1);
@@ -473,15 +437,15 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
         EngineOutputData head_record;
         head_record.setFrameNum(i);
         add<Head>(head_record, i);
-        timing_only.push_back(bytesOf(frame));
+        timing_only.push_back(encode(frame));
         add<Head>(frame, i);
-        full.push_back(bytesOf(frame));
+        full.push_back(encode(frame));
         writer.writeData(frame);
         head_ends.push_back(end += head_record.numTotalBytes());
     }
     writer.closeFiles();
     const fs::path head_path = dir / "Head.tql";
-    const Bytes head_file = fileBytes(head_path);
+    const Bytes head_file = readFile(head_path);
     ASSERT_EQ(head_file.size(), end);
 
     for (std::size_t cut = 0; cut < head_file.size(); ++cut) {
@@ -499,7 +463,7 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
             try {
                 const FramePtr frame = reader.readData();
                 if (!frame) break;
-                (failed ? after_error : before_error).push_back(bytesOf(*frame));
+                (failed ? after_error : before_error).push_back(encode(*frame));
             } catch (const EngineOutputDataFileError& e) {
                 ASSERT_FALSE(failed);
                 EXPECT_EQ(std::string(e.what()),
@@ -530,11 +494,11 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
         if (i < 10) add<Timing>(frame, i);
         if (i < 5 || i == 10) add<Head>(frame, 1000 + i);
         writer.writeData(frame);
-        if (i < 10) written.push_back(bytesOf(frame));
+        if (i < 10) written.push_back(encode(frame));
     }
     writer.closeFiles();
     const fs::path head_path = dir / "Head.tql";
-    const Bytes head_file = fileBytes(head_path);
+    const Bytes head_file = readFile(head_path);
     writeFile(head_path, Bytes(head_file.begin(), head_file.end() - 1));
 
     EngineOutputDataFileReader reader;
@@ -542,7 +506,7 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
     std::vector<Bytes> frames;
     EXPECT_EQ(errorText([&] {
                   while (const FramePtr frame = reader.readData()) {
-                      frames.push_back(bytesOf(*frame));
+                      frames.push_back(encode(*frame));
                   }
               }),
               "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
@@ -554,13 +518,13 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
 
 TEST_F(LogFiles, FlushHandsEveryFrameToTheSystem) {
     EngineOutputDataFileWriter writer;
-    expectUsageError([&] { writer.flush(); }, "engineoutputdatafilewriter", "no files are open");
+    EXPECT_USAGE_ERROR(writer.flush(), "io/engineoutputdatafilewriter", "no files are open");
     writer.newFiles({10, 11, 15}, dir.wstring(), L"", 65536);
     std::vector<Bytes> written;
     for (unsigned int i = 0; i < 6; ++i) {
         const FramePtr frame = recordedFrame(i);
         writer.writeData(*frame);
-        if (frame->numSubObjects() > 0) written.push_back(bytesOf(*frame));
+        if (frame->numSubObjects() > 0) written.push_back(encode(*frame));
     }
     EXPECT_EQ(fs::file_size(dir / "Timing.tql"), 0u) << "still in the buffer";
     writer.flush();

@@ -11,6 +11,8 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::engineRecordBytes;
+using eodtest::serializableError;
 
 namespace {
 
@@ -72,16 +74,6 @@ void expectSameFace(const Face& a, const Face& b) {
     expectSameTexture(*a.faceTexture(), *b.faceTexture());
 }
 
-// A record of `id` whose engine-specific data is `specific`: flag, data, no sub-records.
-Bytes engineRecord(char id, const Bytes& specific) {
-    Bytes record;
-    Serializable::writeHeader(record, id, static_cast<unsigned int>(specific.size()) + 2);
-    record.push_back(1);
-    record.insert(record.end(), specific.begin(), specific.end());
-    record.push_back(0);
-    return record;
-}
-
 void appendLandmark(Bytes& out, int id) {
     detail::appendNumber(out, id);
     for (int i = 0; i < 5; ++i) detail::appendNumber(out, 0.0f);
@@ -96,7 +88,7 @@ void expectReadError(const Bytes& bytes, const std::string& message) {
         // The factory rewords the record's error; read the record directly for its own text.
     }
     boost::shared_ptr<Serializable> record = SerializableFactory::newObject(bytes[0]);
-    EXPECT_SERIALIZABLE_ERROR(record->unSerialize(bytes, pos), message);
+    EXPECT_EQ(serializableError([&] { record->unSerialize(bytes, pos); }), message);
     EXPECT_EQ(pos, 0);
     unsigned int status = 0;
     EXPECT_FALSE(SerializableFactory::newObjectWithStatus(bytes, pos, status));
@@ -335,10 +327,11 @@ TEST(FaceTextureOutputData, TakesOnlyAnImageAsChild) {
     EXPECT_THROW(texture.addFaceTexture(static_cast<FaceTextureOutputData::FaceTextureType>(5),
                                         boost::shared_ptr<ImageOutputData>()),
                  SerializableError);
-    EXPECT_SERIALIZABLE_ERROR(
-        texture.addSubObject(boost::shared_ptr<FaceOutputDataV2>(new FaceOutputDataV2())),
-        "FaceTextureOutputData::doAddSubObject - object not derived from "
-        "ImageOutputData");
+    EXPECT_EQ(serializableError([&] {
+                  texture.addSubObject(boost::shared_ptr<FaceOutputDataV2>(new FaceOutputDataV2()));
+              }),
+              "FaceTextureOutputData::doAddSubObject - object not derived from "
+              "ImageOutputData");
     EXPECT_THROW(texture.addSubObject(textureImage()), SerializableError);  // one image only
     EXPECT_EQ(texture.faceTexture(), image);
     EXPECT_EQ(encode(texture), before);
@@ -420,25 +413,25 @@ TEST(FaceRecords, HostileLandmarkCountsAndIdsAreRejected) {
             for (int i = 0; i < c.landmarks_present; ++i) appendLandmark(*b, 800 + i);
         }
         // The last landmark's bytes double as the face count and glasses of a V2.
-        expectReadError(engineRecord(91, v1),
+        expectReadError(engineRecordBytes(91, v1),
                         std::string("FaceOutputData::readEngineSpecificData() - ") + c.reason);
         expectReadError(
-            engineRecord(92, texture),
+            engineRecordBytes(92, texture),
             std::string("FaceTextureOutputData::readEngineSpecificData() - ") + c.reason);
         v2.insert(v2.end(), tail.begin(), tail.end());
-        expectReadError(engineRecord(93, v2),
+        expectReadError(engineRecordBytes(93, v2),
                         std::string("FaceOutputDataV2::readEngineSpecificData() - ") + c.reason);
     }
 
     Bytes face_data = {0, 0, 0, 1};
     appendLandmark(face_data, 850);
-    expectReadError(engineRecord(91, face_data),
+    expectReadError(engineRecordBytes(91, face_data),
                     "FaceOutputData::readEngineSpecificData() - invalid landmark");
     Bytes mask_data(20, 0);
     detail::appendNumber(mask_data, 2);
     appendLandmark(mask_data, 800);
     appendLandmark(mask_data, 900);
-    expectReadError(engineRecord(92, mask_data),
+    expectReadError(engineRecordBytes(92, mask_data),
                     "FaceTextureOutputData::readEngineSpecificData() - landmark.id outside the "
                     "range 800..899");
 }

@@ -21,6 +21,7 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::serializableError;
 
 namespace {
 
@@ -319,8 +320,8 @@ TEST(FeatureSets, WhatASetAccepts) {
     set.addSubObject(boost::make_shared<CompressedSerializableToken>(5));
     EXPECT_EQ(set.numSubObjects(), 4);
 
-    EXPECT_SERIALIZABLE_ERROR(
-        set.addSubObject(boost::make_shared<CompressedSerializable>()),
+    EXPECT_EQ(
+        serializableError([&] { set.addSubObject(boost::make_shared<CompressedSerializable>()); }),
         "EngineOutputBase::addSubObject - object not derived from EngineOutputBase");
     const boost::shared_ptr<Serializable> misplaced[] = {
         boost::make_shared<FeatureLine>(FeatureRect::FACE_RECT_ID),
@@ -330,9 +331,8 @@ TEST(FeatureSets, WhatASetAccepts) {
         boost::make_shared<FeatureSet>(FeatureRect::LEFT_EYE_RECT_ID)};
     for (const auto& record : misplaced) {
         SCOPED_TRACE(int(record->objectID()));
-        EXPECT_SERIALIZABLE_ERROR(
-            set.addSubObject(record),
-            "FeatureSet::addSubObject - object id reserved for another feature class");
+        EXPECT_EQ(serializableError([&] { set.addSubObject(record); }),
+                  "FeatureSet::addSubObject - object id reserved for another feature class");
     }
     EXPECT_EQ(set.numSubObjects(), 4);
     // A second record of the same feature is refused as in every composite.
@@ -342,9 +342,10 @@ TEST(FeatureSets, WhatASetAccepts) {
 
 TEST(FeatureSets, ContainerAcceptsSetsOnlyUnderSetIds) {
     FeatureSetsByCamera sets;
-    EXPECT_SERIALIZABLE_ERROR(
-        sets.addSubObject(boost::make_shared<FeatureSet>(FeatureRect::FACE_RECT_ID)),
-        "FeatureSetsByCamera::addSubObject - object id reserved for another feature class");
+    EXPECT_EQ(serializableError([&] {
+                  sets.addSubObject(boost::make_shared<FeatureSet>(FeatureRect::FACE_RECT_ID));
+              }),
+              "FeatureSetsByCamera::addSubObject - object id reserved for another feature class");
     EXPECT_THROW(sets.addSubObject(boost::make_shared<FeaturePoint>(30)), SerializableError);
     sets.addSubObject(boost::make_shared<FeatureSet>(FeatureSet::FEATURE_SET_CAM_A_ID));
     EXPECT_EQ(sets.numSubObjects(), 1);

@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testfiles.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -13,12 +12,6 @@ using namespace eodtest;
 namespace {
 
 typedef boost::shared_ptr<Serializable> Ptr;
-
-void writeFile(const std::string& path, const Bytes& bytes) {
-    std::ofstream f(path, std::ios_base::binary);
-    f.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-}
 
 Bytes frameBytes(unsigned int n) {
     EngineOutputData frame;
@@ -41,16 +34,14 @@ TEST_F(FileReaderTest, UsageErrors) {
     FileReader reader;
     EXPECT_FALSE(reader.isOpen());
     unsigned int status = 0;
-    EXPECT_TRUE(
-        throwsUsageError([&] { reader.read(status); }, "io/filereader", "files are not open"));
+    EXPECT_USAGE_ERROR(reader.read(status), "io/filereader", "files are not open");
 
     const std::string empty = dir.file("empty.raw");
     writeFile(empty, {});
     FileReader at_end(empty);
     EXPECT_TRUE(at_end.isOpen());
     EXPECT_TRUE(at_end.atEnd());
-    EXPECT_TRUE(throwsUsageError([&] { at_end.read(status); }, "io/filereader",
-                                 "Cannot reading when atEnd()."));
+    EXPECT_USAGE_ERROR(at_end.read(status), "io/filereader", "Cannot reading when atEnd().");
 }
 
 TEST_F(FileReaderTest, OpenFailures) {
@@ -66,7 +57,7 @@ TEST_F(FileReaderTest, OpenFailures) {
 
 TEST_F(FileReaderTest, ReadsRecordsAndTracksThePosition) {
     const Bytes unknown = {50, 0x00, 0x02, 0xAA, 0xBB};
-    const Bytes bytes = concat(concat(frameBytes(1), unknown), frameBytes(2));
+    const Bytes bytes = concat({frameBytes(1), unknown, frameBytes(2)});
     const std::string path = dir.file("frames.raw");
     writeFile(path, bytes);
 
@@ -82,8 +73,7 @@ TEST_F(FileReaderTest, ReadsRecordsAndTracksThePosition) {
     EXPECT_EQ(status, 0u);
     EXPECT_TRUE(reader.atEnd());
     EXPECT_EQ(reader.position(), bytes.size());
-    EXPECT_TRUE(throwsUsageError([&] { reader.read(status); }, "io/filereader",
-                                 "Cannot reading when atEnd()."));
+    EXPECT_USAGE_ERROR(reader.read(status), "io/filereader", "Cannot reading when atEnd().");
     reader.close();
     EXPECT_FALSE(reader.isOpen());
 }
@@ -93,7 +83,7 @@ TEST_F(FileReaderTest, TruncatedTail) {
     const std::string path = dir.file("cut.raw");
     for (std::size_t n = 1; n < whole.size(); ++n) {
         SCOPED_TRACE(n);
-        writeFile(path, concat(frameBytes(1), Bytes(whole.begin(), whole.begin() + long(n))));
+        writeFile(path, concat({frameBytes(1), Bytes(whole.begin(), whole.begin() + long(n))}));
         FileReader reader(path);
         unsigned int status = 0;
         EXPECT_EQ(frameNum(reader.read(status)), 1u);

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testfiles.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -15,11 +15,6 @@ using namespace eodtest;
 namespace {
 
 typedef boost::shared_ptr<Serializable> Ptr;
-
-Bytes readFile(const std::filesystem::path& path) {
-    std::ifstream f(path, std::ios_base::binary);
-    return Bytes(std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>());
-}
 
 class FileWriterTest : public ::testing::Test {
 protected:
@@ -31,10 +26,8 @@ TEST_F(FileWriterTest, UsageErrors) {
     EXPECT_FALSE(writer.isOpen());
     EXPECT_TRUE(writer.filePath().empty());
     const EngineOutputData frame;
-    EXPECT_TRUE(throwsUsageError([&] { writer.writeNoThrow(frame); }, "io/filewriter",
-                                 "files are not open"));
-    EXPECT_TRUE(
-        throwsUsageError([&] { writer.write(frame); }, "io/filewriter", "files are not open"));
+    EXPECT_USAGE_ERROR(writer.writeNoThrow(frame), "io/filewriter", "files are not open");
+    EXPECT_USAGE_ERROR(writer.write(frame), "io/filewriter", "files are not open");
 }
 
 TEST_F(FileWriterTest, OpenFailures) {
@@ -59,7 +52,7 @@ TEST_F(FileWriterTest, FreeErrorFunctions) {
 }
 
 TEST_F(FileWriterTest, FramesSurviveAFileRoundTripByteForByte) {
-    ScopedRegistration<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<51>> r51;
     const std::string path = dir.file("frames.raw");
     Bytes expected;
     {
@@ -185,7 +178,7 @@ TEST_F(FileWriterTest, BufferedOutputFileStream) {
         EXPECT_EQ(out.bufferSize(), 16);
         EngineOutputData().writeToBinaryStream(out);
     }
-    EXPECT_EQ(readFile(path), concat(encode(EngineOutputData()), encode(EngineOutputData())));
+    EXPECT_EQ(readFile(path), concat({encode(EngineOutputData()), encode(EngineOutputData())}));
     {
         BufferedOutputFileStream out(dir.path().wstring() + L"/\u00e9.raw", std::ios_base::binary,
                                      0);

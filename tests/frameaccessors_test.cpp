@@ -142,10 +142,9 @@ TEST(FrameAccessors, ARecordOfTheWrongClassUnderAnIdIsAProgrammingError) {
         Impostor* clone() const override { return new Impostor(*this); }
     };
     frame.addSubObject(boost::make_shared<Impostor>());
-    EXPECT_SERIALIZABLE_ERROR(
-        frame.imagesOutputData(),
-        "SerializableComposite::subObject() - programming error. ID does not match "
-        "object type");
+    EXPECT_EQ(eodtest::serializableError([&] { frame.imagesOutputData(); }),
+              "SerializableComposite::subObject() - programming error. ID does not match "
+              "object type");
     EngineOutputData other;
     EXPECT_FALSE(imageCollectionOutputData(other));
     EXPECT_TRUE(addImageCollectionOutputDataIfMissing(other));

@@ -13,6 +13,7 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::serializableError;
 
 namespace {
 
@@ -51,11 +52,7 @@ Bytes imageAnnouncing(unsigned int height, unsigned int bytes_per_line, std::siz
     detail::appendString(data, "x");
     detail::appendNumber(data, 0);
     data.resize(data.size() + present, 0xAB);
-    Bytes record;
-    Serializable::writeHeader(record, ImageOutputData::THIS_OBJECT_ID,
-                              static_cast<unsigned int>(data.size()));
-    record.insert(record.end(), data.begin(), data.end());
-    return record;
+    return eodtest::recordBytes(ImageOutputData::THIS_OBJECT_ID, data);
 }
 
 }  // namespace
@@ -123,10 +120,9 @@ TEST(ImageOutputData, RawSizeBeyondTheBytesPresentIsRefusedBeforeAllocating) {
         ImageOutputData image = smallImage();
         int pos = 0;
         // This message comes from the check made before any buffer is allocated.
-        EXPECT_SERIALIZABLE_ERROR(
-            image.unSerialize(bytes, pos),
-            "ImageOutputData::readFromBuffer() - image size exceeds amount of data "
-            "in buffer");
+        EXPECT_EQ(serializableError([&] { image.unSerialize(bytes, pos); }),
+                  "ImageOutputData::readFromBuffer() - image size exceeds amount of data "
+                  "in buffer");
         EXPECT_EQ(pos, 0);
         // The old raw data was released first; a failed read leaves an empty image.
         EXPECT_EQ(image.rawData(), nullptr);
@@ -316,14 +312,9 @@ TEST(ImageCollectionOutputData, RoundTripsAndCopiesDeeply) {
 
 TEST(ImageCollectionOutputData, HostileCountsAndDuplicatesAreRejected) {
     // A count of 65535 followed by a single image: nothing is reserved up front.
-    Bytes data = {0x01, 0xFF, 0xFF};
     const Bytes one = encode(smallImage("a"));
-    data.insert(data.end(), one.begin(), one.end());
-    data.push_back(0);
-    Bytes bytes;
-    Serializable::writeHeader(bytes, ImageCollectionOutputData::THIS_OBJECT_ID,
-                              static_cast<unsigned int>(data.size()));
-    bytes.insert(bytes.end(), data.begin(), data.end());
+    const Bytes bytes = eodtest::engineRecordBytes(ImageCollectionOutputData::THIS_OBJECT_ID,
+                                                   eodtest::concat({{0xFF, 0xFF}, one}));
     ImageCollectionOutputData read;
     int pos = 0;
     EXPECT_THROW(read.unSerialize(bytes, pos), SerializableError);
@@ -335,10 +326,9 @@ TEST(ImageCollectionOutputData, HostileCountsAndDuplicatesAreRejected) {
     const std::size_t second_identifier = 3 + 1 + 2 + one.size() + 3 + 12;
     ASSERT_EQ(duplicate.at(second_identifier), 'b');
     duplicate[second_identifier] = 'a';
-    EXPECT_SERIALIZABLE_ERROR(
-        read.unSerialize(duplicate, pos),
-        "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
-        "identifier");
+    EXPECT_EQ(serializableError([&] { read.unSerialize(duplicate, pos); }),
+              "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
+              "identifier");
 }
 
 TEST(ImageCollectionOutputData, EveryTruncationIsRejected) {

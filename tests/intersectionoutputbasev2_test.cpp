@@ -14,6 +14,8 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::engineRecordBytes;
+using eodtest::serializableError;
 
 namespace {
 
@@ -156,16 +158,6 @@ TEST(IntersectionOutputBaseV2, ItemsComeInLabelOrderAndClearAllDataEmptiesThem) 
     EXPECT_EQ(encode(record), encode(GazeIntersectionOutputDataV3()));
 }
 
-// Builds a whole record of the id around engine-specific data: flag 1 before, count 0 after.
-Bytes recordBytes(char id, const Bytes& engine_data) {
-    Bytes bytes;
-    Serializable::writeHeader(bytes, id, static_cast<unsigned int>(engine_data.size() + 2));
-    bytes.push_back(0x01);
-    bytes.insert(bytes.end(), engine_data.begin(), engine_data.end());
-    bytes.push_back(0x00);
-    return bytes;
-}
-
 struct Table {
     Bytes bytes;
     Table& count(unsigned int n) {
@@ -191,15 +183,15 @@ struct Table {
 // Labels read with indices that the new-label rule would hand out again.
 TEST(IntersectionOutputBaseV2, NewLabelsSkipIndicesReadFromBytes) {
     const Bytes bytes =
-        recordBytes(GazeIntersectionOutputDataV3::THIS_OBJECT_ID, Table()
-                                                                      .count(2)
-                                                                      .label("a", 2)
-                                                                      .label("b", 1)
-                                                                      .count(1)
-                                                                      .point(2, {1, 2, 3})
-                                                                      .count(0)
-                                                                      .count(0)
-                                                                      .bytes);
+        engineRecordBytes(GazeIntersectionOutputDataV3::THIS_OBJECT_ID, Table()
+                                                                            .count(2)
+                                                                            .label("a", 2)
+                                                                            .label("b", 1)
+                                                                            .count(1)
+                                                                            .point(2, {1, 2, 3})
+                                                                            .count(0)
+                                                                            .count(0)
+                                                                            .bytes);
     Inspectable<GazeIntersectionOutputDataV3> record;
     int pos = 0;
     ASSERT_TRUE(record.unSerialize(bytes, pos));
@@ -349,11 +341,11 @@ TEST(IntersectionOutputBaseV2, ReaderRejectsBadTables) {
     };
     for (const BadInput& c : cases) {
         SCOPED_TRACE(c.what);
-        const Bytes bytes = recordBytes(c.id, c.engine_data);
+        const Bytes bytes = engineRecordBytes(c.id, c.engine_data);
         boost::shared_ptr<Serializable> record = SerializableFactory::newObject(c.id);
         ASSERT_TRUE(record);
         int pos = 0;
-        EXPECT_SERIALIZABLE_ERROR(record->unSerialize(bytes, pos), c.message);
+        EXPECT_EQ(serializableError([&] { record->unSerialize(bytes, pos); }), c.message);
         EXPECT_EQ(pos, 0);
         unsigned int status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(bytes, pos, status));
@@ -364,27 +356,25 @@ TEST(IntersectionOutputBaseV2, ReaderRejectsBadTables) {
 TEST(IntersectionOutputBaseV2, LabelRunningToTheEndOfTheBufferIsRejected) {
     // Flag, one label, then label bytes up to the end: no terminator anywhere.
     const Bytes data = Table().raw({0x01}).count(1).raw({'a', 'b', 'c', 'd', 'e'}).bytes;
-    Bytes bytes;
-    Serializable::writeHeader(bytes, V3, static_cast<unsigned int>(data.size()));
-    bytes.insert(bytes.end(), data.begin(), data.end());
+    const Bytes bytes = eodtest::recordBytes(V3, data);
     int pos = 0;
-    EXPECT_SERIALIZABLE_ERROR(GazeIntersectionOutputDataV3().unSerialize(bytes, pos),
-                              "Serializable::readBuffer() - Missing terminator for string.");
+    EXPECT_EQ(serializableError([&] { GazeIntersectionOutputDataV3().unSerialize(bytes, pos); }),
+              "Serializable::readBuffer() - Missing terminator for string.");
 }
 
 TEST(IntersectionOutputBaseV2, CountThatTheBytesCanHoldPassesTheCheck) {
     // 12 bytes follow the label count (two labels and the sub-object count): room for two
     // labels, so the count passes and the record runs out at the world point count.
-    const Bytes bytes = recordBytes(V3, Table().count(2).label("", 0).label("x", 1).bytes);
+    const Bytes bytes = engineRecordBytes(V3, Table().count(2).label("", 0).label("x", 1).bytes);
     int pos = 0;
-    EXPECT_SERIALIZABLE_ERROR(GazeIntersectionOutputDataV3().unSerialize(bytes, pos),
-                              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_EQ(serializableError([&] { GazeIntersectionOutputDataV3().unSerialize(bytes, pos); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
 }
 
 TEST(IntersectionOutputBaseV2, FailedReadKeepsTheItemsItHad) {
     GazeIntersectionOutputDataV3 record = filled<GazeIntersectionOutputDataV3>();
     const std::vector<std::string> items = record.intersectedItems();
-    const Bytes bytes = recordBytes(
+    const Bytes bytes = engineRecordBytes(
         V3, Table().count(1).label("a", 0).count(1).point(5, {1, 2, 3}).count(0).count(0).bytes);
     int pos = 0;
     EXPECT_THROW(record.unSerialize(bytes, pos), SerializableError);

@@ -1,11 +1,14 @@
 #ifndef EOD_TESTS_RECORDTESTING_H
 #define EOD_TESTS_RECORDTESTING_H
 
-// The checks every record test repeats, one function per job: encoding and decoding a
-// record, refusing every truncation, surviving garbage and flipped bytes, usage-error and
-// SerializableError texts, and the printed text lines.
+// The checks the tests repeat, one function per job: encoding and decoding a record and
+// building wire bytes by hand, refusing every truncation, surviving garbage and flipped bytes,
+// the texts of thrown errors (usage errors, SerializableError), and the printed text lines.
+// The record classes made for tests are in testrecord.h.
 
 #include <cstddef>
+#include <exception>
+#include <initializer_list>
 #include <memory>
 #include <random>
 #include <regex>
@@ -13,6 +16,7 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -30,6 +34,7 @@ using Bytes = std::vector<unsigned char>;
 
 // Status bits of the non-throwing readers, copied: the core's constants have no out-of-class
 // definition that a gtest macro could bind a reference to.
+const unsigned int UNKNOWN_ID = tq::eod::Serializable::STATUS_UNKNOWN_OBJECT_ID;
 const unsigned int NOT_ENOUGH_DATA = tq::eod::Serializable::STATUS_NOT_ENOUGH_DATA;
 const unsigned int UNDECODABLE = tq::eod::Serializable::STATUS_UNDECODABLE;
 
@@ -39,6 +44,27 @@ inline Bytes encode(const tq::eod::Serializable& record) {
     Bytes bytes;
     record.serialize(bytes);
     return bytes;
+}
+
+// The parts one after the other.
+inline Bytes concat(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+// A whole record as the wire has it: a header of `id` that announces `data`, then `data`.
+inline Bytes recordBytes(char id, const Bytes& data) {
+    Bytes bytes;
+    tq::eod::Serializable::writeHeader(bytes, id, static_cast<unsigned int>(data.size()));
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return bytes;
+}
+
+// A whole engine output record of `id` around its own data `specific`: the enabled flag
+// before, no sub-records after.
+inline Bytes engineRecordBytes(char id, const Bytes& specific) {
+    return recordBytes(id, concat({{0x01}, specific, {0x00}}));
 }
 
 // Decodes one whole record into a fresh T with unSerialize: every byte must be consumed and
@@ -108,19 +134,16 @@ unsigned int engineSpecificDataBytes(const Record& record) {
 
 // ---- Truncated and corrupt input
 
-namespace detail {
+// Not `detail`: tests use tq::eod::detail unqualified next to this namespace.
+namespace internal {
 
 // `bytes` (one whole record) with its data cut to `keep` bytes under a header that announces
 // exactly `keep`, so that the record's own reader meets the short data; `tail` follows.
 inline Bytes withDataCutTo(const Bytes& bytes, unsigned int keep, const Bytes& tail = Bytes()) {
     int data_start = 1;
     EXPECT_TRUE(tq::eod::Serializable::readDataSizeHeader(bytes, data_start, nullptr));
-    Bytes cut;
-    tq::eod::Serializable::writeHeader(cut, static_cast<char>(bytes.at(0)), keep);
     const auto data = bytes.begin() + data_start;
-    cut.insert(cut.end(), data, data + keep);
-    cut.insert(cut.end(), tail.begin(), tail.end());
-    return cut;
+    return concat({recordBytes(static_cast<char>(bytes.at(0)), Bytes(data, data + keep)), tail});
 }
 
 // Calls check(prefix, false) for every proper prefix of `bytes`, and check(cut, true) for
@@ -144,7 +167,7 @@ void forEveryTruncation(const Bytes& bytes, Check check) {
     }
 }
 
-}  // namespace detail
+}  // namespace internal
 
 // Every truncation of a valid encoding is refused by the factory, never read as a record:
 // a proper prefix is incomplete (status exactly bit 4); a data cut makes the reader fail
@@ -153,7 +176,7 @@ void forEveryTruncation(const Bytes& bytes, Check check) {
 // throws SerializableError.
 inline void expectEveryTruncationRejected(const Bytes& bytes) {
     using tq::eod::SerializableFactory;
-    detail::forEveryTruncation(bytes, [](const Bytes& input, bool data_cut) {
+    internal::forEveryTruncation(bytes, [](const Bytes& input, bool data_cut) {
         int pos = 0;
         unsigned int status = 0;
         EXPECT_FALSE(SerializableFactory::newObjectWithStatus(input, pos, status));
@@ -173,7 +196,7 @@ inline void expectEveryTruncationRejected(const Bytes& bytes) {
 template <class Record, class Check>
 void expectEveryTruncationRejected(const Bytes& bytes, Check check) {
     expectEveryTruncationRejected(bytes);
-    detail::forEveryTruncation(bytes, [&](const Bytes& input, bool data_cut) {
+    internal::forEveryTruncation(bytes, [&](const Bytes& input, bool data_cut) {
         Record record;
         int pos = 0;
         if (data_cut) {
@@ -247,15 +270,27 @@ inline void expectByteFlipsSurvived(const Bytes& bytes) {
 
 // ---- Error texts
 
-// The text of the std::invalid_argument that `call` throws; "no usage error" when none.
-template <class Call>
-std::string usageErrorText(Call&& call) {
+// what() of the E that `call` throws; records a failure (and gives "") when it throws nothing
+// or another exception.
+template <class E, class Call>
+std::string thrownMessage(Call&& call) {
     try {
         call();
-    } catch (const std::invalid_argument& e) {
+    } catch (const E& e) {
         return e.what();
+    } catch (const std::exception& e) {
+        ADD_FAILURE() << "expected " << typeid(E).name() << ", got " << typeid(e).name() << ": "
+                      << e.what();
+        return std::string();
     }
-    return "no usage error";
+    ADD_FAILURE() << "expected " << typeid(E).name() << ", nothing was thrown";
+    return std::string();
+}
+
+// The message of the SerializableError that `call` throws, as thrownMessage.
+template <class Call>
+std::string serializableError(Call&& call) {
+    return thrownMessage<tq::eod::SerializableError>(std::forward<Call>(call));
 }
 
 // Passes when `text` is "eod/<module>.cpp:<line>: <reason>"; `module` is the source path
@@ -274,23 +309,8 @@ inline ::testing::AssertionResult isUsageError(const std::string& text, const st
 
 // The statement throws std::invalid_argument "eod/<module>.cpp:<line>: <reason>".
 #define EXPECT_USAGE_ERROR(statement, module, reason) \
-    EXPECT_TRUE(                                      \
-        ::eodtest::isUsageError(::eodtest::usageErrorText([&] { statement; }), module, reason))
-
-// The message of the SerializableError that `call` throws; "no SerializableError" when none.
-template <class Call>
-std::string serializableErrorText(Call&& call) {
-    try {
-        call();
-    } catch (const tq::eod::SerializableError& e) {
-        return e.what();
-    }
-    return "no SerializableError";
-}
-
-// The statement throws SerializableError with exactly this message.
-#define EXPECT_SERIALIZABLE_ERROR(statement, message) \
-    EXPECT_EQ(::eodtest::serializableErrorText([&] { statement; }), std::string(message))
+    EXPECT_TRUE(::eodtest::isUsageError(              \
+        ::eodtest::thrownMessage<std::invalid_argument>([&] { statement; }), module, reason))
 
 // ---- Text output
 

@@ -4,7 +4,8 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;
@@ -26,7 +27,9 @@ TEST(SerializableHeader, ShortFormBelow65535AndLongFormFrom65535On) {
     };
     for (const HeaderCase& c : cases) {
         SCOPED_TRACE(c.data_size);
-        EXPECT_EQ(header(100, c.data_size), c.header);
+        Bytes written;
+        Serializable::writeHeader(written, 100, c.data_size);
+        EXPECT_EQ(written, c.header);
         EXPECT_EQ(Serializable::numHeaderBytes(c.data_size), c.header.size());
         EXPECT_EQ(Serializable::extendedHeaderSize(c.data_size), c.header.size() == 7);
 
@@ -35,7 +38,7 @@ TEST(SerializableHeader, ShortFormBelow65535AndLongFormFrom65535On) {
         const TestLeaf leaf(100, data);
         EXPECT_EQ(leaf.numTotalBytes(), c.header.size() + c.data_size);
         const Bytes bytes = encode(leaf);
-        EXPECT_EQ(bytes, concat(c.header, data));
+        EXPECT_EQ(bytes, concat({c.header, data}));
 
         unsigned int size = 0;
         int p = 1;
@@ -64,15 +67,9 @@ TEST(SerializableHeader, NestedRecordsEachTakeTheirOwnForm) {
     inner->addSubObject(boost::shared_ptr<Serializable>(new TestLeaf(53, edge)));
     outer.addSubObject(inner);
 
-    const auto record = [](char id, const Bytes& data) {
-        return concat(header(id, static_cast<unsigned int>(data.size())), data);
-    };
-    const Bytes inner_bytes = record(110, concat({1}, record(53, edge)));
-    Bytes outer_data = {3};
-    for (const Bytes& r : {record(51, big), record(52, small), inner_bytes}) {
-        outer_data = concat(outer_data, r);
-    }
-    const Bytes expected = record(110, outer_data);
+    const Bytes inner_bytes = recordBytes(110, concat({{1}, recordBytes(53, edge)}));
+    const Bytes expected =
+        recordBytes(110, concat({{3}, recordBytes(51, big), recordBytes(52, small), inner_bytes}));
     EXPECT_EQ(expected.size(), outer.numTotalBytes());
     EXPECT_EQ(encode(outer), expected);
     EXPECT_EQ(encode(*inner), inner_bytes);
@@ -80,7 +77,7 @@ TEST(SerializableHeader, NestedRecordsEachTakeTheirOwnForm) {
     // A short parent: every header short.
     TestComposite short_parent;
     short_parent.addSubObject(boost::shared_ptr<Serializable>(new TestLeaf(52, small)));
-    EXPECT_EQ(encode(short_parent), record(110, concat({1}, record(52, small))));
+    EXPECT_EQ(encode(short_parent), recordBytes(110, concat({{1}, recordBytes(52, small)})));
 }
 
 TEST(SerializableHeader, ReadDataSizeHeaderWantsTheWholeRecord) {
@@ -125,7 +122,7 @@ TEST(SerializableSerialize, DisabledRecordThrowsAndLeavesTheBufferAlone) {
 
 TEST(SerializableUnSerialize, IncompleteRecordReturnsFalseWithoutMoving) {
     const Bytes junk = {0x55, 0x66};
-    const Bytes whole = concat(junk, encode(TestLeaf(100, {1, 2, 3, 4, 5})));
+    const Bytes whole = concat({junk, encode(TestLeaf(100, {1, 2, 3, 4, 5}))});
     for (std::size_t n = 0; n < whole.size(); ++n) {
         SCOPED_TRACE(n);
         const Bytes prefix(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n));
@@ -194,10 +191,9 @@ TEST(SerializableUnSerialize, NegativeReadPosIsAUsageError) {
     TestLeaf leaf;
     int read_pos = -1;
     unsigned int status = 0;
-    EXPECT_TRUE(throwsUsageError([&] { leaf.unSerialize(bytes, read_pos); }, "serializable",
-                                 "negative read_pos"));
-    EXPECT_TRUE(throwsUsageError([&] { leaf.unSerializeWithStatus(bytes, read_pos, status); },
-                                 "serializable", "negative read_pos"));
+    EXPECT_USAGE_ERROR(leaf.unSerialize(bytes, read_pos), "serializable", "negative read_pos");
+    EXPECT_USAGE_ERROR(leaf.unSerializeWithStatus(bytes, read_pos, status), "serializable",
+                       "negative read_pos");
 }
 
 TEST(SerializableStream, WriteToBinaryStreamWritesTheEncoding) {
@@ -209,8 +205,7 @@ TEST(SerializableStream, WriteToBinaryStreamWritesTheEncoding) {
 
     std::ostringstream bad;
     bad.setstate(std::ios_base::failbit);
-    EXPECT_TRUE(throwsUsageError([&] { leaf.writeToBinaryStream(bad); }, "serializable",
-                                 "output_stream not valid"));
+    EXPECT_USAGE_ERROR(leaf.writeToBinaryStream(bad), "serializable", "output_stream not valid");
     EXPECT_TRUE(bad.str().empty());
 }
 

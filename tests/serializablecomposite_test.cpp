@@ -2,7 +2,8 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;
@@ -16,9 +17,6 @@ Ptr leaf(char id, Bytes data = Bytes(), bool forbid_siblings = true) {
     p->setForbidSiblings(forbid_siblings);
     return p;
 }
-
-// The encoding of a record with the given data bytes.
-Bytes record(char id, const Bytes& data) { return concat(header(id, data.size()), data); }
 
 TEST(SerializableComposite, EmptyCompositeIsFourBytes) {
     const TestComposite c;
@@ -50,7 +48,7 @@ TEST(SerializableComposite, AtMost255SubObjects) {
     EXPECT_EQ(bytes.size(), 3u + 1u + 255u * 9u);
     EXPECT_EQ(bytes[3], 0xFF);
 
-    ScopedRegistration<Sibling> registered;
+    ScopedObjectType<Sibling> registered;
     TestComposite back;
     int read_pos = 0;
     ASSERT_TRUE(back.unSerialize(bytes, read_pos));
@@ -93,12 +91,12 @@ TEST(SerializableComposite, OrderedBySignedIdThenInsertion) {
     c.addSubObject(leaf(-100, {0x9C}));
     c.addSubObject(leaf(51, {0x52}, false));
 
-    Bytes expected_data = {5};
-    for (const auto& r : {record(-100, {0x9C}), record(51, {0x51}), record(51, {0x52}),
-                          record(53, {0x53}), record(55, {0x55})}) {
-        expected_data = concat(expected_data, r);
-    }
-    EXPECT_EQ(encode(c), record(110, expected_data));
+    EXPECT_EQ(encode(c), recordBytes(110, concat({{5},
+                                                  recordBytes(-100, {0x9C}),
+                                                  recordBytes(51, {0x51}),
+                                                  recordBytes(51, {0x52}),
+                                                  recordBytes(53, {0x53}),
+                                                  recordBytes(55, {0x55})})));
 
     const auto all = c.subObjects();
     ASSERT_EQ(all.size(), 5u);
@@ -119,7 +117,7 @@ TEST(SerializableComposite, InvalidSubObjectsAreKeptButNotWritten) {
     EXPECT_EQ(c.numSubObjects(), 2);
     EXPECT_EQ(c.numValidSubObjects(), 1);
     const Bytes bytes = encode(c);
-    EXPECT_EQ(bytes, record(110, concat({1}, record(52, {9}))));
+    EXPECT_EQ(bytes, recordBytes(110, concat({{1}, recordBytes(52, {9})})));
     EXPECT_EQ(bytes.size(), c.numTotalBytes());
 }
 
@@ -185,15 +183,14 @@ TEST(SerializableComposite, CopiesAreDeep) {
 
 class CompositeReading : public ::testing::Test {
 protected:
-    ScopedRegistration<TestRecord<51>> r51;
-    ScopedRegistration<TestRecord<52>> r52;
+    ScopedObjectType<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<52>> r52;
 };
 
 TEST_F(CompositeReading, UnknownSubRecordIsDroppedAndTheRestRead) {
     const Bytes unknown = {50, 0x00, 0x05, 1, 2, 3, 4, 5};
-    const Bytes data =
-        concat(concat(concat({3}, unknown), encode(TestRecord<51>(7))), encode(TestRecord<52>(8)));
-    const Bytes bytes = record(110, data);
+    const Bytes data = concat({{3}, unknown, encode(TestRecord<51>(7)), encode(TestRecord<52>(8))});
+    const Bytes bytes = recordBytes(110, data);
 
     TestComposite c;
     c.addSubObject(leaf(60));  // reading replaces what was there
@@ -215,7 +212,7 @@ TEST_F(CompositeReading, UnknownSubRecordIsDroppedAndTheRestRead) {
 
 TEST_F(CompositeReading, SwitchedOffSubRecordIsDropped) {
     const Bytes off = {51, 0x00, 0x06, 0x00, 0, 0, 0, 7, 0x00};
-    const Bytes bytes = record(110, concat(concat({2}, off), encode(TestRecord<52>(8))));
+    const Bytes bytes = recordBytes(110, concat({{2}, off, encode(TestRecord<52>(8))}));
     TestComposite c;
     int read_pos = 0;
     ASSERT_TRUE(c.unSerialize(bytes, read_pos));
@@ -225,7 +222,7 @@ TEST_F(CompositeReading, SwitchedOffSubRecordIsDropped) {
 
 TEST_F(CompositeReading, DuplicateSubRecordsAreRefusedOnReading) {
     const Bytes bytes =
-        record(110, concat(concat({2}, encode(TestRecord<51>(1))), encode(TestRecord<51>(2))));
+        recordBytes(110, concat({{2}, encode(TestRecord<51>(1)), encode(TestRecord<51>(2))}));
     TestComposite c;
     int read_pos = 0;
     EXPECT_EQ(serializableError([&] { c.unSerialize(bytes, read_pos); }),

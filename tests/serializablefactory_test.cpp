@@ -6,7 +6,8 @@
 
 #include <eod/eod.h>
 
-#include "testsupport.h"
+#include "recordtesting.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;
@@ -32,7 +33,7 @@ std::string str(const Bytes& b) { return std::string(b.begin(), b.end()); }
 const Bytes unknown50 = {50, 0x00, 0x05, 1, 2, 3, 4, 5};
 
 TEST(SerializableFactoryBuffer, UnknownIdIsSkippedWhole) {
-    const Bytes bytes = concat(unknown50, frameBytes(7));
+    const Bytes bytes = concat({unknown50, frameBytes(7)});
     int read_pos = 0;
     EXPECT_FALSE(SerializableFactory::newObject(bytes, read_pos));
     EXPECT_EQ(read_pos, 8);
@@ -47,7 +48,7 @@ TEST(SerializableFactoryBuffer, UnknownIdIsSkippedWhole) {
 }
 
 TEST(SerializableFactoryBuffer, IncompleteRecord) {
-    const Bytes whole = concat({0xAB}, frameBytes(7));
+    const Bytes whole = concat({{0xAB}, frameBytes(7)});
     for (std::size_t n = 0; n < whole.size(); ++n) {
         SCOPED_TRACE(n);
         const Bytes prefix(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n));
@@ -81,9 +82,8 @@ TEST(SerializableFactoryBuffer, NegativeReadPosIsAUsageError) {
     const Bytes bytes = frameBytes(1);
     int read_pos = -1;
     unsigned int status = 0;
-    EXPECT_TRUE(
-        throwsUsageError([&] { SerializableFactory::newObjectWithStatus(bytes, read_pos, status); },
-                         "serializablefactory", "negative read_pos"));
+    EXPECT_USAGE_ERROR(SerializableFactory::newObjectWithStatus(bytes, read_pos, status),
+                       "serializablefactory", "negative read_pos");
     EXPECT_FALSE(SerializableFactory::canDeserialize(bytes, -1));
 }
 
@@ -133,7 +133,7 @@ TEST(SerializableFactoryRegistration, Refusals) {
     EXPECT_FALSE(SerializableFactory::newObject(char(51)));
     EXPECT_FALSE(SerializableFactory::newObject(char(52)));
 
-    ScopedRegistration<TestRecord<51>> a;
+    ScopedObjectType<TestRecord<51>> a;
     // The same class again is accepted and hands back the function it replaces.
     EXPECT_EQ(SerializableFactory::registerObjectType(51, &create<TestRecord<51>>),
               &create<TestRecord<51>>);
@@ -159,7 +159,7 @@ TEST(SerializableFactoryRegistration, Refusals) {
 TEST(SerializableFactoryRegistration, UnregisterAndReplace) {
     EXPECT_EQ(SerializableFactory::unregisterObjectType(51), nullptr);
     {
-        ScopedRegistration<TestRecord<51>> a;
+        ScopedObjectType<TestRecord<51>> a;
         EXPECT_EQ(SerializableFactory::unregisterObjectType(51), &create<TestRecord<51>>);
         EXPECT_FALSE(SerializableFactory::newObject(51));
         // Once removed, another class may take the id.
@@ -318,7 +318,7 @@ TEST(SerializableFactoryStream, StreamSetToThrowAtEndOfFile) {
 }
 
 TEST(SerializableFactoryStream, RecordsOneAfterAnother) {
-    const Bytes bytes = concat(concat(frameBytes(1), unknown50), frameBytes(2));
+    const Bytes bytes = concat({frameBytes(1), unknown50, frameBytes(2)});
     std::istringstream plain(str(bytes));
     EXPECT_EQ(frameNum(SerializableFactory::newObject(plain)), 1u);
     EXPECT_FALSE(SerializableFactory::newObject(plain));
@@ -351,14 +351,14 @@ TEST(SerializableFactoryStream, HugeAnnouncedSizeIsNotAllocatedUpFront) {
 // Random bytes, and valid frames with random bytes changed, through every reading form:
 // each call ends in a record, a null with status bits, or a SerializableError.
 TEST(SerializableFactoryGarbage, NeverCrashesOrMisbehaves) {
-    ScopedRegistration<TestRecord<51>> r51;
+    ScopedObjectType<TestRecord<51>> r51;
     std::mt19937 rng(20240607);
     EngineOutputData frame;
     frame.setFrameNum(77);
     frame.addSubObject(Ptr(new CompressedSerializableToken(1)));
     frame.addSubObject(Ptr(new CompressedSerializableToken(2)));
     frame.addSubObject(Ptr(new TestRecord<51>(5)));
-    const Bytes valid = concat(encode(frame), encode(CompressedSerializable({1, 2, 3})));
+    const Bytes valid = concat({encode(frame), encode(CompressedSerializable({1, 2, 3}))});
 
     for (int round = 0; round < 3000; ++round) {
         SCOPED_TRACE(round);

@@ -24,6 +24,7 @@
 using namespace tq::eod;
 using namespace tq::eod::io;
 using Bytes = std::vector<unsigned char>;
+using eodtest::concat;
 
 namespace {
 
@@ -45,14 +46,6 @@ Bytes frameOf(const Bytes& payload) {
     frame.push_back(0xAA);
     frame.push_back(0x55);
     return frame;
-}
-
-Bytes concat(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const Bytes& p : parts) {
-        all.insert(all.end(), p.begin(), p.end());
-    }
-    return all;
 }
 
 class PseudoTerminal : public ::testing::Test {

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -6,6 +7,10 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <eod/eod.h>
 
@@ -143,6 +148,55 @@ TEST(TcpSocket, ARefusedConnectClosesTheSocket) {
     EXPECT_FALSE(socket.connected());
 }
 
+// Does nothing; installed without SA_RESTART, so it interrupts blocking calls.
+extern "C" void interruptOnly(int) {}
+
+TEST(TcpSocket, AConnectInterruptedByASignalStillConnects) {
+    // A listener whose accept queue holds a single connection, taken by `first`: the next
+    // connect waits (its SYN is sent again after a second) until the queue drains.
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_GE(listener, 0);
+    const InetAddress any_port = loopback(0);
+    ASSERT_EQ(::bind(listener, any_port.getSockAddr(), sizeof(sockaddr_in)), 0);
+    sockaddr_in bound{};
+    socklen_t length = sizeof bound;
+    ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&bound), &length), 0);
+    ASSERT_EQ(::listen(listener, 0), 0);
+    const InetAddress address(bound);
+    TcpSocket first;
+    first.open();
+    first.connect(address);
+
+    struct sigaction action {};
+    action.sa_handler = interruptOnly;
+    struct sigaction previous {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &previous), 0);
+    const pthread_t connecting = ::pthread_self();
+    std::atomic<bool> connect_returned{false};
+    std::thread interrupter([&] {
+        const auto signalFor = [&](std::chrono::milliseconds span) {
+            const auto end = std::chrono::steady_clock::now() + span;
+            while (!connect_returned && std::chrono::steady_clock::now() < end) {
+                ::pthread_kill(connecting, SIGUSR1);
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            }
+        };
+        signalFor(std::chrono::milliseconds(300));
+        ::close(::accept(listener, nullptr, nullptr));  // room for the waiting connection
+        signalFor(std::chrono::milliseconds(kPatientMs));
+    });
+
+    TcpSocket second;
+    second.open();
+    EXPECT_NO_THROW(second.connect(address));
+    connect_returned = true;
+    interrupter.join();
+    ::sigaction(SIGUSR1, &previous, nullptr);
+    ::close(listener);
+    EXPECT_TRUE(second.connected());
+    EXPECT_EQ(second.getInetAddress(), address);
+}
+
 TEST(TcpSocket, ReceiveReplacesOrAppends) {
     Connection c;
     c.client->send(Bytes{1, 2, 3});
@@ -163,6 +217,7 @@ TEST(TcpSocket, AnExpiredWaitLeavesTheOutputUntouched) {
     EXPECT_EQ(c.server->receive(out, 20, false), 0);
     EXPECT_EQ(out, (Bytes{7, 8}));
     EXPECT_FALSE(c.server->dataReady());
+    EXPECT_FALSE(c.server->peerClosed());
 }
 
 TEST(TcpSocket, APeerThatClosesGivesZeroBytes) {
@@ -172,6 +227,9 @@ TEST(TcpSocket, APeerThatClosesGivesZeroBytes) {
     EXPECT_EQ(c.server->receive(out, kPatientMs, false), 0);
     EXPECT_TRUE(out.empty());
     EXPECT_TRUE(c.server->dataReady());
+    EXPECT_TRUE(c.server->peerClosed());
+    c.server->close();
+    EXPECT_FALSE(c.server->peerClosed());
 }
 
 TEST(TcpSocket, SendingToAPeerThatWentAwayThrowsInsteadOfSignalling) {

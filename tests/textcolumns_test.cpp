@@ -6,7 +6,7 @@
 #include <eod/eod.h>
 
 #include "eod/textcolumns.h"
-#include "testsupport.h"
+#include "testrecord.h"
 
 using namespace tq::eod;
 using namespace eodtest;

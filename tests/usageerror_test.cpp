@@ -5,7 +5,7 @@
 #include <eod/eod.h>
 
 #include "eod/usageerror.h"
-#include "testsupport.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace eodtest;

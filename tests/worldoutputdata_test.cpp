@@ -11,6 +11,7 @@
 using namespace tq::eod;
 using eodtest::Bytes;
 using eodtest::encode;
+using eodtest::serializableError;
 
 namespace {
 
@@ -72,8 +73,10 @@ TEST(WorldOutputDataV2, AccessorsGiveTheChildrenInBothForms) {
 
 TEST(WorldOutputDataV2, RefusesASecondGazeRecordOfTheSameVersion) {
     WorldOutputDataV2 world = fullWorldV2();
-    EXPECT_SERIALIZABLE_ERROR(
-        world.addSubObject(boost::shared_ptr<Serializable>(new GazeIntersectionOutputDataV3())),
+    EXPECT_EQ(
+        serializableError([&] {
+            world.addSubObject(boost::shared_ptr<Serializable>(new GazeIntersectionOutputDataV3()));
+        }),
         "SerializableComposite::addSubObject - Sub-object already exists in this composite");
 }
 
@@ -203,8 +206,8 @@ struct Impostor : EngineOutputBase {
 TEST(EngineOutputData, WorldOutputDataOfTheWrongClassIsRefused) {
     EngineOutputData frame;
     frame.addSubObject(boost::shared_ptr<Serializable>(new Impostor()));
-    EXPECT_SERIALIZABLE_ERROR(
-        frame.worldOutputData(),
+    EXPECT_EQ(
+        serializableError([&] { frame.worldOutputData(); }),
         "SerializableComposite::subObject() - programming error. ID does not match object type");
 }
 

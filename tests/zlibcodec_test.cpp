@@ -16,9 +16,13 @@
 #include <vector>
 
 #include "eod/bytecodec.h"
+#include "recordtesting.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
+using eodtest::encode;
+using eodtest::NOT_ENOUGH_DATA;
+using eodtest::UNKNOWN_ID;
 
 namespace {
 
@@ -26,15 +30,6 @@ using Bytes = std::vector<unsigned char>;
 using RecordPtr = boost::shared_ptr<Serializable>;
 
 const std::size_t BLOCK_SIZES[] = {1, 2, 3, 5, 7, 13, 32, 1024};
-const unsigned int UNKNOWN_ID = Serializable::STATUS_UNKNOWN_OBJECT_ID;
-const unsigned int NOT_ENOUGH_DATA = Serializable::STATUS_NOT_ENOUGH_DATA;
-
-Bytes bytesOf(const Serializable& record) {
-    Bytes out;
-    record.serialize(out);
-    return out;
-}
-
 Bytes randomBytes(std::size_t n, unsigned seed) {
     std::mt19937 gen(seed);
     Bytes out(n);
@@ -153,7 +148,7 @@ void expectRecords(const std::vector<DecoderData>& items, const std::vector<Reco
         SCOPED_TRACE(i);
         EXPECT_EQ(items[i].tag, tag_step * i);
         ASSERT_TRUE(items[i].record);
-        EXPECT_EQ(bytesOf(*items[i].record), bytesOf(*records[i]));
+        EXPECT_EQ(encode(*items[i].record), encode(*records[i]));
     }
 }
 
@@ -215,7 +210,7 @@ TEST(ZLibEncoder, FrameIsTagCrcLengthLittleEndianThenRecord) {
     Bytes out;
     encoder.encode(frame, 0xA1B2C3D4u, out);
     encoder.flush(out);
-    const Bytes record = bytesOf(frame);
+    const Bytes record = encode(frame);
     const std::uint32_t crc = crc32(0, record.data(), uInt(record.size()));
     Bytes expected = {0xD4,
                       0xC3,
@@ -237,7 +232,7 @@ TEST(ZLibEncoder, IndependentInflaterReadsTheWholeStream) {
     const std::vector<RecordPtr> records = sampleRecords();
     Bytes expected;
     for (std::size_t i = 0; i < records.size(); ++i) {
-        const Bytes f = frameOf(unsigned(7 * i), bytesOf(*records[i]));
+        const Bytes f = frameOf(unsigned(7 * i), encode(*records[i]));
         expected.insert(expected.end(), f.begin(), f.end());
     }
     for (int level : {0, 1, 6, 9}) {
@@ -346,7 +341,7 @@ TEST(ZLibDecoder, ReadsIndependentDeflatersAtOtherLevelsAndWindows) {
     const std::vector<RecordPtr> records = sampleRecords();
     std::vector<Bytes> frames;
     for (std::size_t i = 0; i < records.size(); ++i) {
-        frames.push_back(frameOf(unsigned(7 * i), bytesOf(*records[i])));
+        frames.push_back(frameOf(unsigned(7 * i), encode(*records[i])));
     }
     for (int level : {0, 1, 9}) {
         for (int window : {-9, -12, -15}) {
@@ -364,7 +359,7 @@ TEST(ZLibDecoder, StreamAfterAFinishedStreamIsReadToo) {
     const std::vector<RecordPtr> records = sampleRecords();
     std::vector<Bytes> first, second;
     for (std::size_t i = 0; i < records.size(); ++i) {
-        (i < 10 ? first : second).push_back(frameOf(unsigned(7 * i), bytesOf(*records[i])));
+        (i < 10 ? first : second).push_back(frameOf(unsigned(7 * i), encode(*records[i])));
     }
     Bytes compressed = deflateRaw(first, 6, -15, Z_FINISH);
     const Bytes more = deflateRaw(second, 6, -15, Z_FINISH);
@@ -397,7 +392,7 @@ TEST(ZLibDecoder, EmptyQueueSetsBit4AndKeepsOtherBits) {
 TEST(ZLibDecoder, UnknownIdAndEmptyFrames) {
     const Bytes unknown = {50, 0x00, 0x02, 0xAB, 0xCD};
     const Bytes compressed = deflateRaw(
-        {frameOf(1, unknown), frameOf(2, Bytes()), frameOf(3, bytesOf(EngineOutputData()))}, 6, -15,
+        {frameOf(1, unknown), frameOf(2, Bytes()), frameOf(3, encode(EngineOutputData()))}, 6, -15,
         Z_FULL_FLUSH);
     ZLibDecoder decoder;
     decoder.decode(compressed.data(), unsigned(compressed.size()));
@@ -418,7 +413,7 @@ TEST(ZLibDecoder, UnknownIdAndEmptyFrames) {
 }
 
 TEST(ZLibDecoder, UndecodableRecordIsSkippedAndReportedAfterTheRest) {
-    const Bytes frame = bytesOf(EngineOutputData());  // 09 00 06, then 6 data bytes
+    const Bytes frame = encode(EngineOutputData());  // 09 00 06, then 6 data bytes
     Bytes cut_short = frame;
     cut_short.pop_back();
     Bytes unread_byte = frame;
@@ -435,8 +430,8 @@ TEST(ZLibDecoder, UndecodableRecordIsSkippedAndReportedAfterTheRest) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.message);
         const Bytes compressed =
-            deflateRaw({frameOf(1, bytesOf(EngineOutputData())), frameOf(2, c.record),
-                        frameOf(3, bytesOf(EngineOutputData()))},
+            deflateRaw({frameOf(1, encode(EngineOutputData())), frameOf(2, c.record),
+                        frameOf(3, encode(EngineOutputData()))},
                        6, -15, Z_FULL_FLUSH);
         ZLibDecoder decoder;
         try {
@@ -453,7 +448,7 @@ TEST(ZLibDecoder, UndecodableRecordIsSkippedAndReportedAfterTheRest) {
 }
 
 TEST(ZLibDecoder, CrcMismatchResetsAndKeepsEarlierRecords) {
-    const Bytes record = bytesOf(EngineOutputData());
+    const Bytes record = encode(EngineOutputData());
     std::vector<Bytes> frames = {frameOf(1, record), frameOf(2, record, 0xDEADBEEF),
                                  frameOf(3, record)};
     const Bytes compressed = deflateRaw(frames, 6, -15, Z_FULL_FLUSH);
@@ -477,7 +472,7 @@ TEST(ZLibDecoder, CrcMismatchResetsAndKeepsEarlierRecords) {
 }
 
 TEST(ZLibDecoder, InflateErrorIsReportedAndTheDecoderRecovers) {
-    const Bytes record = bytesOf(EngineOutputData());
+    const Bytes record = encode(EngineOutputData());
     Bytes compressed = deflateRaw({frameOf(1, record)}, 6, -15, Z_FULL_FLUSH);
     compressed.push_back(0x07);  // a final block of the reserved type 3
     ZLibDecoder decoder;
@@ -536,7 +531,7 @@ TEST(ZLibDecoder, FlippedBitsAndGarbageNeverYieldWrongRecords) {
     const std::vector<RecordPtr> some(records.begin(), records.begin() + 21);
     const Bytes compressed = encodeAll(some, 6, 4);
     std::set<Bytes> sent;
-    for (const RecordPtr& r : some) sent.insert(bytesOf(*r));
+    for (const RecordPtr& r : some) sent.insert(encode(*r));
     // The CRC covers the record bytes only, so a damaged tag may get through; a record that
     // was never sent may not.
     auto check = [&](const Bytes& input, std::size_t block) {
@@ -549,7 +544,7 @@ TEST(ZLibDecoder, FlippedBitsAndGarbageNeverYieldWrongRecords) {
         }
         for (const DecoderData& item : drain(decoder)) {
             if (item.record) {
-                EXPECT_EQ(sent.count(bytesOf(*item.record)), 1u);
+                EXPECT_EQ(sent.count(encode(*item.record)), 1u);
             }
         }
     };

@@ -72,7 +72,7 @@ int runRecord(const RecordOptions& options) {
     Clock::time_point last_frame = start;
     unsigned long long received = 0;
     try {
-        while (!g_stop) {
+        while (!g_stop && client.isConnected()) {
             const Clock::time_point now = Clock::now();
             if (options.seconds > 0 && now - start >= std::chrono::duration<double>(options.seconds)) break;
             if (now - last_frame >= std::chrono::duration<double>(options.idle)) break;
@@ -97,7 +97,7 @@ int runRecord(const RecordOptions& options) {
     }
     if (progress) std::cerr << '\n';
     writer.closeFiles();
-    client.disconnect();
+    if (client.isConnected()) client.disconnect();
 
     std::cout << options.connect << ": " << received << " frames recorded in " << options.out << '\n';
     std::cout << "frames: " << ledger.numFrames();

@@ -49,6 +49,8 @@ boost::shared_ptr<EngineOutputData> EngineOutputDataTcpClient::receive(int timeo
             _buffer.erase(_buffer.begin(), _buffer.begin() + _read_pos);
             _read_pos = 0;
             if (_socket.receive(_buffer, timeout_ms, true) == 0) {
+                // A closed peer sends nothing more: a partial record left now never completes.
+                if (_socket.peerClosed()) disconnect();
                 return boost::shared_ptr<EngineOutputData>();
             }
             continue;

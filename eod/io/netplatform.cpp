@@ -119,6 +119,20 @@ bool openSocket(int type, int protocol, unsigned int& handle) {
     return true;
 }
 
+bool connectSocket(unsigned int handle, const sockaddr* address) {
+    const int fd = static_cast<int>(handle);
+    if (::connect(fd, address, sizeof(sockaddr_in)) == 0) return true;
+    if (errno != EINTR) return false;
+    // The connection goes on without the call (a second connect would only fail with
+    // EALREADY): wait until it is made or has failed, and take its outcome.
+    if (waitForSocket(handle, true, -1) < 0) return false;
+    int error = 0;
+    socklen_t length = sizeof error;
+    if (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length) != 0) return false;
+    errno = error;
+    return error == 0;
+}
+
 bool acceptSocket(unsigned int listener, sockaddr_in& peer, unsigned int& handle) {
     int fd;
     do {

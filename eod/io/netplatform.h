@@ -25,6 +25,9 @@ void stopSocketLibrary();
 
 // A new socket of the given type and protocol (AF_INET), not inherited by child programs.
 bool openSocket(int type, int protocol, unsigned int& handle);
+// Connects a blocking socket to an AF_INET address. A signal that interrupts the call does
+// not end the attempt, which is then waited for to its end.
+bool connectSocket(unsigned int handle, const sockaddr* address);
 // The next pending connection of a listening socket; its peer goes to `peer`.
 bool acceptSocket(unsigned int listener, sockaddr_in& peer, unsigned int& handle);
 // Closes the handle and keeps the last error as the failed call before it left it.

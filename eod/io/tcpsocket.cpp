@@ -78,6 +78,7 @@ void TcpSocket::close() {
     if (opened()) detail::closeSocket(_handle);
     _handle = INVALID_SOCKET;
     _connected = false;
+    _peer_closed = false;
 }
 
 void TcpSocket::bind(const InetAddress& address) {
@@ -101,7 +102,7 @@ void TcpSocket::connect(const InetAddress& address) {
         close();
         EOD_USAGE_ERROR("already connected socket.");
     }
-    if (::connect(fd(), address.getSockAddr(), sizeof(sockaddr_in)) != 0) {
+    if (!detail::connectSocket(_handle, address.getSockAddr())) {
         const std::string message = netLibErrorString("Could not connect TCP socket to address.");
         close();
         throw SocketError(message);
@@ -175,6 +176,7 @@ int TcpSocket::receive(std::vector<unsigned char>& out, int timeout_ms, bool app
     if (bytes_received < 0) throwSocketError("Failed to receive data.");
     assert(bytes_received <= _rx_buffer.size());
     out.insert(out.end(), _rx_buffer.buffer(), _rx_buffer.buffer() + bytes_received);
+    if (bytes_received == 0) _peer_closed = true;
     return static_cast<int>(bytes_received);
 }
 

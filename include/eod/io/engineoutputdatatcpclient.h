@@ -38,7 +38,8 @@ public:
     void disconnect();
 
     // The next frame, or null when no whole frame arrived in time or the peer closed the
-    // connection. Each read waits up to timeout_ms, so a frame that arrives in pieces may
+    // connection; in the second case the client disconnects itself (isConnected() turns
+    // false). Each read waits up to timeout_ms, so a frame that arrives in pieces may
     // take several times that. Usage error "not connected". Socket failures throw
     // SocketError; a record that does not decode throws the SerializableError of
     // SerializableFactory::newObject and stays at the front of the buffer; an oversized

@@ -57,6 +57,9 @@ public:
 
     bool opened() const { return _handle != INVALID_SOCKET; }
     bool connected() const { return _connected; }
+    // True once a receive found the connection closed by the peer (until close or the next
+    // connect): what tells a closed peer from a wait that ran out, both of which receive 0.
+    bool peerClosed() const { return _peer_closed; }
 
     // Creates the socket and sizes its buffers as above. Usage error "socket already open";
     // failure "Failed to build socket.".
@@ -118,6 +121,7 @@ private:
 
     unsigned int _handle;
     bool _connected = false;
+    bool _peer_closed = false;
     InetAddress _local_address;
     InetAddress _remote_address;
     Buffer _rx_buffer;
