@@ -18,51 +18,13 @@
 #include <eod/io/filewriter.h>
 #include <eod/timingoutputdata.h>
 
+#include "eodtoolrun.h"
+
 namespace fs = std::filesystem;
+using eodtest::EodTool;
+using eodtest::Result;
 
 namespace {
-
-struct Result {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string readFile(const fs::path& path) {
-    std::ifstream in(path, std::ios_base::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-class EodTool : public ::testing::Test {
-protected:
-    void SetUp() override {
-        _dir = fs::temp_directory_path() /
-               ("eodtool_test_" + std::to_string(::getpid()) + "_" +
-                ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(_dir);
-        fs::create_directories(_dir);
-    }
-    void TearDown() override { fs::remove_all(_dir); }
-
-    // Runs `eod ARGS` with stdout and stderr captured in files.
-    Result run(const std::string& args) {
-        const fs::path out = _dir / "stdout", err = _dir / "stderr";
-        const std::string command = std::string(EOD_TOOL_PATH) + " " + args + " >" + out.string() +
-                                    " 2>" + err.string() + " </dev/null";
-        Result r;
-        const int raw = std::system(command.c_str());
-        r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        r.out = readFile(out);
-        r.err = readFile(err);
-        return r;
-    }
-
-    std::string path(const std::string& name) const { return (_dir / name).string(); }
-
-    fs::path _dir;
-};
 
 // Frames with planted faults: 0 1 2 5 5 3 (a gap at 4, a duplicate 5, 3 out of order),
 // then a record cut off after its first 4 bytes.
@@ -104,14 +66,14 @@ TEST_F(EodTool, ServedSyntheticFramesAreRecordedFrameForFrame) {
     // However the test ends, the server does not outlive it.
     struct Stop {
         fs::path pid_file;
-        ~Stop() { std::system(("kill " + readFile(pid_file) + " 2>/dev/null").c_str()); }
+        ~Stop() { std::system(("kill " + eodtest::readText(pid_file) + " 2>/dev/null").c_str()); }
     } stop{serve_pid};
     std::smatch port;
     const std::regex listening("listening on port ([0-9]+)");
     std::string text;
     for (int i = 0; i < 100 && !std::regex_search(text, port, listening); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        text = readFile(serve_err);
+        text = eodtest::readText(serve_err);
     }
     ASSERT_TRUE(std::regex_search(text, port, listening)) << text;
 
@@ -162,7 +124,7 @@ TEST_F(EodTool, CompressThenDecompressGivesTheRawFileBack) {
     ASSERT_EQ(run("demo --frames 50 --out " + path("demo")).status, 0);
     ASSERT_EQ(run("compress " + path("demo/FaceSet.tql") + " " + path("faces.z")).status, 0);
     ASSERT_EQ(run("decompress " + path("faces.z") + " " + path("faces.raw")).status, 0);
-    EXPECT_EQ(readFile(path("faces.raw")), readFile(path("demo/FaceSet.tql")));
+    EXPECT_EQ(eodtest::readText(path("faces.raw")), eodtest::readText(path("demo/FaceSet.tql")));
     EXPECT_LT(fs::file_size(path("faces.z")), fs::file_size(path("faces.raw")));
 }
 

@@ -46,6 +46,12 @@ inline std::vector<unsigned char> readFile(const std::filesystem::path& path) {
                                       std::istreambuf_iterator<char>());
 }
 
+// The file as text; empty when it cannot be read.
+inline std::string readText(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
 // Makes `bytes` the whole content of the file.
 inline void writeFile(const std::filesystem::path& path, const std::vector<unsigned char>& bytes) {
     std::ofstream(path, std::ios::binary | std::ios::trunc)
