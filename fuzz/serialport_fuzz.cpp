@@ -1,7 +1,8 @@
 // SerialPort::receiveDatagramNoThrow over a pseudo-terminal whose other side holds the
-// fuzzed bytes. The port must find exactly the frames, CRC failures and end of data that
-// a plain reading of the frame rules finds in the same bytes.
+// fuzzed bytes. The port, reading byte by byte with time-outs, must find exactly the frames,
+// CRC failures and end of data that the frame decoder finds in the same bytes at once.
 
+#include <eod/io/serialframecodec.h>
 #include <eod/io/serialport.h>
 #include <pty.h>
 #include <unistd.h>
@@ -16,6 +17,7 @@
 
 using eodfuzz::Bytes;
 using tq::eod::io::BAUD_115200;
+using tq::eod::io::SerialFrameDecoder;
 using tq::eod::io::SerialPort;
 
 namespace {
@@ -23,61 +25,27 @@ namespace {
 // A pseudo-terminal takes some 20 KB before a writer blocks; inputs stay well below.
 const std::size_t kMaxInput = 8192;
 
-const unsigned char kMarkerFirst = 0xAA;
-const unsigned char kMarkerSecond = 0x55;
-
 // Each call's result: 0 and the payload, or the error code and nothing.
 using Result = std::pair<unsigned long, Bytes>;
 
-// The frame rules read straight from the bytes: skip to a start marker (the byte after a
-// 0xAA is consumed unexamined), collect unstuffed bytes up to the end marker, start again
-// when that frame is empty, and check the CRC. The end of the bytes is a time-out.
-std::vector<Result> framesByTheRules(const Bytes& line) {
+// The frames the codec finds in the same bytes; the end of the bytes is a time-out.
+std::vector<Result> framesOfTheCodec(const Bytes& line) {
     std::vector<Result> results;
-    std::size_t pos = 0;
-    const auto next = [&](unsigned char& b) {
-        if (pos == line.size()) return false;
-        b = line[pos++];
-        return true;
-    };
-    for (;;) {
-        unsigned char b = 0;
-        bool started = false;
-        while (!started && next(b)) {
-            if (b == kMarkerFirst) {
-                if (!next(b)) break;
-                started = b == kMarkerSecond;
-            }
-        }
-        Bytes frame;
-        while (started && frame.empty()) {
-            for (;;) {
-                if (!next(b)) {
-                    started = false;
-                    break;
-                }
-                if (b != kMarkerFirst) {
-                    frame.push_back(b);
-                    continue;
-                }
-                if (!next(b)) {
-                    started = false;
-                    break;
-                }
-                if (b == kMarkerSecond) break;
-                frame.push_back(kMarkerFirst);
-            }
-        }
-        if (!started) {
-            results.emplace_back(ETIMEDOUT, Bytes());
-            return results;
-        }
-        if (frame.size() < 2 || !SerialPort::checkCRC(frame)) {
-            results.emplace_back(SerialPort::ERROR_CRC, Bytes());
-        } else {
-            results.emplace_back(0, Bytes(frame.begin(), frame.end() - 2));
+    SerialFrameDecoder decoder;
+    for (unsigned char byte : line) {
+        switch (decoder.push(byte)) {
+            case SerialFrameDecoder::DATAGRAM:
+                results.emplace_back(0, decoder.payload());
+                break;
+            case SerialFrameDecoder::CRC_ERROR:
+                results.emplace_back(SerialPort::ERROR_CRC, Bytes());
+                break;
+            case SerialFrameDecoder::NEED_MORE:
+                break;
         }
     }
+    results.emplace_back(ETIMEDOUT, Bytes());
+    return results;
 }
 
 void writeAll(int fd, const Bytes& bytes) {
@@ -117,6 +85,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     ::close(slave);
     ::close(master);
-    EOD_FUZZ_EXPECT(results == framesByTheRules(line));
+    EOD_FUZZ_EXPECT(results == framesOfTheCodec(line));
     return 0;
 }

@@ -1,5 +1,7 @@
 #include <eod/io/serialport.h>
 
+#include <eod/io/serialframecodec.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -13,9 +15,6 @@
 #include <climits>
 #include <cstring>
 
-#include <boost/crc.hpp>
-
-#include "eod/bytecodec.h"
 #include "eod/io/arbitrarylinerate.h"
 #include "eod/usageerror.h"
 
@@ -28,14 +27,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Bytes = std::vector<unsigned char>;
 
-const unsigned char MARKER_FIRST = 0xAA;
-const unsigned char MARKER_SECOND = 0x55;
-const unsigned char STUFFING = 0x00;
-
 // Start bit, 8 data bits, parity and up to two stop bits: an upper bound per byte.
 const long BITS_PER_BYTE_ON_LINE = 11;
-
-using Crc16 = boost::crc_optimal<16, 0x1021, 0, 0, false, false>;
 
 struct StandardRate {
     unsigned int bits_per_second;
@@ -163,13 +156,6 @@ void throwIfFailed(unsigned long code, const char* message) {
     }
 }
 
-void appendStuffed(Bytes& frame, unsigned char byte) {
-    frame.push_back(byte);
-    if (byte == MARKER_FIRST) {
-        frame.push_back(STUFFING);
-    }
-}
-
 }  // namespace
 
 SerialPort::SerialPort(ComPortID port_id, BaudRate baud_rate, bool exclusive, unsigned char parity,
@@ -221,14 +207,12 @@ unsigned int SerialPort::baudRateFlag(BaudRate baud_rate) {
 }
 
 unsigned short SerialPort::makeCRC(const std::vector<unsigned char>& data) {
-    Crc16 crc;
-    crc.process_bytes(data.data(), data.size());
-    return crc.checksum();
+    return SerialFrameCodec::crc(data);
 }
 
 bool SerialPort::checkCRC(const std::vector<unsigned char>& data) {
     EOD_REQUIRE(data.size() >= 2, "data should contain at least two checksum bytes");
-    return makeCRC(data) == 0;
+    return SerialFrameCodec::hasValidCrc(data);
 }
 
 bool SerialPort::isTimeout(unsigned long error_code) { return error_code == ETIMEDOUT; }
@@ -407,19 +391,7 @@ void SerialPort::sendDatagram(const std::vector<unsigned char>& payload) const {
 }
 
 unsigned long SerialPort::sendDatagramNoThrow(const std::vector<unsigned char>& payload) const {
-    Bytes crc;
-    eod::detail::appendNumber(crc, makeCRC(payload));
-    Bytes frame{MARKER_FIRST, MARKER_SECOND};
-    frame.reserve(2 * (payload.size() + crc.size()) + 4);
-    for (unsigned char byte : payload) {
-        appendStuffed(frame, byte);
-    }
-    for (unsigned char byte : crc) {
-        appendStuffed(frame, byte);
-    }
-    frame.push_back(MARKER_FIRST);
-    frame.push_back(MARKER_SECOND);
-    return writeNoThrow(frame);
+    return writeNoThrow(SerialFrameCodec::frame(payload));
 }
 
 int SerialPort::receiveDatagram(std::vector<unsigned char>& out, bool append) const {
@@ -447,7 +419,7 @@ unsigned long SerialPort::receiveDatagramNoThrow(std::vector<unsigned char>& out
         }
     } while (frame.empty());
     // A single byte between markers cannot even hold a CRC: line noise, not a call error.
-    if (frame.size() < 2 || !checkCRC(frame)) {
+    if (!SerialFrameCodec::hasValidCrc(frame)) {
         return ERROR_CRC;
     }
     out.insert(out.end(), frame.begin(), frame.end() - 2);
@@ -456,44 +428,25 @@ unsigned long SerialPort::receiveDatagramNoThrow(std::vector<unsigned char>& out
 }
 
 unsigned long SerialPort::skipUntilFrameMarker() const {
+    SerialFrameCodec::MarkerSearch search;
     unsigned char byte = 0;
-    for (;;) {
+    do {
         if (const unsigned long e = readNoThrow(byte)) {
             return e;
         }
-        if (byte != MARKER_FIRST) {
-            continue;
-        }
-        // The byte after a 0xAA is consumed unexamined, as in a stuffed pair, so
-        // 0xAA 0xAA 0x55 is not taken for a marker.
-        if (const unsigned long e = readNoThrow(byte)) {
-            return e;
-        }
-        if (byte == MARKER_SECOND) {
-            return 0;
-        }
-    }
+    } while (!search.push(byte));
+    return 0;
 }
 
 unsigned long SerialPort::readUntilFrameMarker(std::vector<unsigned char>& out) const {
+    SerialFrameCodec::Unstuffer body;
     unsigned char byte = 0;
-    for (;;) {
+    do {
         if (const unsigned long e = readNoThrow(byte)) {
             return e;
         }
-        if (byte != MARKER_FIRST) {
-            out.push_back(byte);
-            continue;
-        }
-        if (const unsigned long e = readNoThrow(byte)) {
-            return e;
-        }
-        if (byte == MARKER_SECOND) {
-            return 0;
-        }
-        // Any other byte after 0xAA is stuffing: the 0xAA is data and the stuffing is dropped.
-        out.push_back(MARKER_FIRST);
-    }
+    } while (!body.push(byte, out));
+    return 0;
 }
 
 }  // namespace io
