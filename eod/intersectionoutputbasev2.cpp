@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "eod/fieldcodec.h"
+#include "eod/setterchecks.h"
 #include "eod/textcolumns.h"
 #include "eod/usageerror.h"
 
@@ -103,6 +104,7 @@ void IntersectionOutputBaseV2::storeIntersection(const std::string& label,
                                                  const std::vector<float>& world,
                                                  const std::vector<float>* plane,
                                                  const std::vector<int>* pixel) {
+    EOD_REQUIRE(detail::hasNoNul(label), "label contains a NUL character");
     EOD_REQUIRE(world.size() == ARRAY_SIZE_3D_DATA, "world expected to be 3D point");
     EOD_REQUIRE(!plane || plane->size() == ARRAY_SIZE_2D_DATA, "plane expected to be 2D point");
     // Two elements are checked; the message has always said 3D.

@@ -37,8 +37,9 @@ class IntersectionOutputBaseV2 : public EngineOutputBase {
 
     // Adds the label when it is new and stores (or replaces) the values given under it; a
     // value not given keeps what the label had. Usage errors, checked before anything is
-    // stored: "world expected to be 3D point" unless world has 3 elements, "plane expected
-    // to be 2D point" unless plane has 2, "pixel expected to be 3D point" unless pixel has 2.
+    // stored: "label contains a NUL character" (it could not read back), "world expected to
+    // be 3D point" unless world has 3 elements, "plane expected to be 2D point" unless plane
+    // has 2, "pixel expected to be 3D point" unless pixel has 2.
     virtual void addIntersection(const std::string& label, const std::vector<float>& world);
     virtual void addIntersection(const std::string& label, const std::vector<float>& world,
                                  const std::vector<float>& plane);
