@@ -65,6 +65,7 @@ std::map<int, std::vector<T>> readPoints(const std::vector<unsigned char>& buffe
     return points;
 }
 
+// Empty for the unknown label's -1: no stored index is negative.
 template <class T>
 std::vector<T> valueAt(const std::map<int, std::vector<T>>& points, int index) {
     const auto it = points.find(index);
@@ -154,18 +155,15 @@ bool IntersectionOutputBaseV2::hasPixel(const std::string& label) const {
 }
 
 std::vector<float> IntersectionOutputBaseV2::world(const std::string& label) const {
-    const auto it = _label_indices.find(label);
-    return it == _label_indices.end() ? std::vector<float>() : valueAt(_world_points, it->second);
+    return valueAt(_world_points, labelToIndex(label));
 }
 
 std::vector<float> IntersectionOutputBaseV2::plane(const std::string& label) const {
-    const auto it = _label_indices.find(label);
-    return it == _label_indices.end() ? std::vector<float>() : valueAt(_plane_points, it->second);
+    return valueAt(_plane_points, labelToIndex(label));
 }
 
 std::vector<int> IntersectionOutputBaseV2::pixel(const std::string& label) const {
-    const auto it = _label_indices.find(label);
-    return it == _label_indices.end() ? std::vector<int>() : valueAt(_pixels, it->second);
+    return valueAt(_pixels, labelToIndex(label));
 }
 
 std::vector<std::string> IntersectionOutputBaseV2::intersectedItems() const {
@@ -221,6 +219,7 @@ void IntersectionOutputBaseV2::readEngineSpecificData(const std::vector<unsigned
         int index = 0;
         r(label);
         r(index);
+        if (index < 0) throwReadError("label index negative");
         if (!labels.emplace(label, index).second) throwReadError("label repeated");
         if (!indices.insert(index).second) throwReadError("label index repeated");
     }
