@@ -57,8 +57,7 @@ void appendLandmarks(Bytes& out, const FaceLandmarkMap& landmarks) {
     });
 }
 
-FaceLandmarkMap readLandmarks(const Bytes& in, int& read_pos, LandmarkKind kind,
-                              const char* reader) {
+FaceLandmarkMap readLandmarks(const Bytes& in, int& read_pos, const char* reader) {
     const int count = readNumber<int>(in, read_pos);
     if (count < 0) throwReadError(reader, "num_coords >= 0 violated");
     if (std::uint64_t(count) * FACE_LANDMARK_BYTES > bytesRemaining(in, read_pos)) {
@@ -69,12 +68,6 @@ FaceLandmarkMap readLandmarks(const Bytes& in, int& read_pos, LandmarkKind kind,
     for (int i = 0; i < count; ++i) {
         FaceLandmark landmark;
         visitLandmark(landmark, r);
-        if (kind == LandmarkKind::FACE && isMaskLandmarkId(landmark.id)) {
-            throwReadError(reader, "invalid landmark");
-        }
-        if (kind == LandmarkKind::MASK && !isMaskLandmarkId(landmark.id)) {
-            throwReadError(reader, "landmark.id outside the range 800..899");
-        }
         // Written in ascending id order, so the end is the right place and the hint saves
         // the search; a repeated id still replaces the earlier landmark.
         landmarks.emplace_hint(landmarks.end(), landmark.id, landmark)->second = landmark;

@@ -26,21 +26,19 @@ inline bool isMaskLandmarkId(int id) {
     return id >= FLM_MASK_ID_FIRST && id <= FLM_MASK_ID_LAST;
 }
 
-// Which ids a map may hold: face landmarks lie outside 800..899, mask landmarks inside.
-enum class LandmarkKind { FACE, MASK };
-
 inline unsigned int numLandmarkBytes(const FaceLandmarkMap& landmarks) {
     return 4 + FACE_LANDMARK_BYTES * static_cast<unsigned int>(landmarks.size());
 }
 
 void appendLandmarks(Bytes& out, const FaceLandmarkMap& landmarks);
 
-// Reads a count and that many landmarks; a later landmark of the same id replaces an
-// earlier one. Throws SerializableError, with messages naming `reader`, for a negative
-// count, a count that the remaining bytes cannot hold (checked before reading any), and an
-// id of the wrong kind.
-FaceLandmarkMap readLandmarks(const Bytes& in, int& read_pos, LandmarkKind kind,
-                              const char* reader);
+// Reads a count and that many landmarks, each stored under its id; a later landmark of the
+// same id replaces an earlier one. The id ranges of face and mask landmarks are the setters'
+// rule for callers: a landmark of the other kind in the bytes is kept as it stands, so that
+// one odd id never makes a whole frame unreadable. Throws SerializableError, with messages
+// naming `reader`, for a negative count and a count that the remaining bytes cannot hold
+// (checked before reading any).
+FaceLandmarkMap readLandmarks(const Bytes& in, int& read_pos, const char* reader);
 
 bool hasAllLandmarks(const FaceLandmarkMap& landmarks, const std::vector<int>& ids);
 // Copy the value and return true when the landmark exists; otherwise false.

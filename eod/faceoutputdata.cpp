@@ -69,8 +69,7 @@ void FaceOutputData::appendEngineSpecificData(std::vector<unsigned char>& buffer
 void FaceOutputData::readEngineSpecificData(const std::vector<unsigned char>& buffer,
                                             int& read_pos) {
     _landmarks.clear();
-    _landmarks = detail::readLandmarks(buffer, read_pos, detail::LandmarkKind::FACE,
-                                       "FaceOutputData");
+    _landmarks = detail::readLandmarks(buffer, read_pos, "FaceOutputData");
 }
 
 }  // namespace eod

@@ -82,8 +82,7 @@ void FaceOutputDataV2::appendEngineSpecificData(std::vector<unsigned char>& buff
 void FaceOutputDataV2::readEngineSpecificData(const std::vector<unsigned char>& buffer,
                                               int& read_pos) {
     _landmarks.clear();
-    _landmarks = detail::readLandmarks(buffer, read_pos, detail::LandmarkKind::FACE,
-                                       "FaceOutputDataV2");
+    _landmarks = detail::readLandmarks(buffer, read_pos, "FaceOutputDataV2");
     detail::FieldReader r{buffer, read_pos};
     visitFields(*this, r);
 }

@@ -91,8 +91,7 @@ void FaceTextureOutputData::readEngineSpecificData(const std::vector<unsigned ch
     detail::FieldReader r{buffer, read_pos};
     visitFields(*this, r);
     _mask_landmarks.clear();
-    _mask_landmarks = detail::readLandmarks(buffer, read_pos, detail::LandmarkKind::MASK,
-                                            "FaceTextureOutputData");
+    _mask_landmarks = detail::readLandmarks(buffer, read_pos, "FaceTextureOutputData");
 }
 
 }  // namespace eod

@@ -53,6 +53,7 @@ void GazeIntersectionOutputDataV2::readEngineSpecificData(const std::vector<unsi
 }
 
 void GazeIntersectionOutputDataV2::printOwnHeader(std::ostream& os) const {
+    detail::TextLine line(os);
     GazeIntersectionOutputDataBase::printOwnHeader(os);
     detail::Columns(os) << "GOI_X"
                         << "GOI_Y"
@@ -60,6 +61,7 @@ void GazeIntersectionOutputDataV2::printOwnHeader(std::ostream& os) const {
 }
 
 void GazeIntersectionOutputDataV2::printOwnData(std::ostream& os) const {
+    detail::TextLine line(os);
     GazeIntersectionOutputDataBase::printOwnData(os);
     detail::Columns(os) << _gaze_object_intersection;
 }

@@ -48,11 +48,13 @@ void GazeIntersectionOutputDataV4::readEngineSpecificData(const std::vector<unsi
 }
 
 void GazeIntersectionOutputDataV4::printOwnHeader(std::ostream& os) const {
+    detail::TextLine line(os);
     detail::Columns(os) << "EYE_ID";
     IntersectionOutputBaseV2::printOwnHeader(os);
 }
 
 void GazeIntersectionOutputDataV4::printOwnData(std::ostream& os) const {
+    detail::TextLine line(os);
     detail::Columns(os) << static_cast<int>(_eye_id);
     IntersectionOutputBaseV2::printOwnData(os);
 }

@@ -24,6 +24,54 @@ std::vector<float> gazeDirection(const std::vector<float>& pitch_yaw) {
     return std::vector<float>(direction.begin(), direction.end());
 }
 
+// The stream's word that asks for empty cells instead of a geometry error.
+int vergenceErrorsSlot() {
+    static const int slot = std::ios_base::xalloc();
+    return slot;
+}
+
+struct Vergence {
+    std::vector<float> point = std::vector<float>(ARRAY_SIZE_3D_DATA, 0.0f);
+    float distance = 0.0f;
+    float angle = 0.0f;
+    bool has_point = true;
+};
+
+Vergence computeVergence(const GazeOutputData& gaze, std::ostream& os) {
+    using utils::operator+;
+    using utils::operator-;
+    using utils::operator*;
+    Vergence vergence;
+    if (gaze.gazeQualityLevel(RIGHT_EYE) != VERGENCE_GAZE_QUALITY_LEVEL ||
+        gaze.gazeQualityLevel(LEFT_EYE) != VERGENCE_GAZE_QUALITY_LEVEL) {
+        return vergence;
+    }
+    const std::vector<float>& right_centre = gaze.eyeballCentre(RIGHT_EYE);
+    const std::vector<float>& left_centre = gaze.eyeballCentre(LEFT_EYE);
+    const std::vector<float> right_direction = gazeDirection(gaze.gazeRotation(RIGHT_EYE));
+    const std::vector<float> left_direction = gazeDirection(gaze.gazeRotation(LEFT_EYE));
+    vergence.angle = utils::vectorIntersectionAngle(right_direction, left_direction);
+    try {
+        vergence.point =
+            utils::rayIntersectionPoint(right_centre, right_direction, left_centre, left_direction);
+    } catch (const utils::GeomUtilsError&) {
+        if (os.iword(vergenceErrorsSlot()) == 0) throw;
+        vergence.has_point = false;
+        return vergence;
+    }
+    vergence.distance = utils::length(0.5f * (right_centre + left_centre) - vergence.point);
+    return vergence;
+}
+
+void writeVergence(detail::Columns& columns, const Vergence& vergence) {
+    if (vergence.has_point) {
+        columns << vergence.point << vergence.distance;
+    } else {
+        columns << "" << "" << "" << "";
+    }
+    columns << vergence.angle;
+}
+
 }  // namespace
 
 GazeOutputData::GazeOutputData()
@@ -88,37 +136,24 @@ void GazeOutputData::printOwnHeader(std::ostream& os) const {
 }
 
 void GazeOutputData::printOwnData(std::ostream& os) const {
-    detail::Columns(os) << _gaze_quality_level[RIGHT_EYE] << _eyeball_centre[RIGHT_EYE]
-                        << _gaze_rotation[RIGHT_EYE] << _gaze_quality_level[LEFT_EYE]
-                        << _eyeball_centre[LEFT_EYE] << _gaze_rotation[LEFT_EYE]
-                        << _gaze_calibrated << _saccade;
-    writeVergenceFields(os);
+    // Computed first: when the geometry fails, none of this record's columns is written.
+    const Vergence vergence = computeVergence(*this, os);
+    detail::Columns columns(os);
+    columns << _gaze_quality_level[RIGHT_EYE] << _eyeball_centre[RIGHT_EYE]
+            << _gaze_rotation[RIGHT_EYE] << _gaze_quality_level[LEFT_EYE]
+            << _eyeball_centre[LEFT_EYE] << _gaze_rotation[LEFT_EYE] << _gaze_calibrated
+            << _saccade;
+    writeVergence(columns, vergence);
 }
 
 void GazeOutputData::writeVergenceFields(std::ostream& os) const {
-    using utils::operator+;
-    using utils::operator-;
-    using utils::operator*;
-    std::vector<float> point(ARRAY_SIZE_3D_DATA, 0.0f);
-    float distance = 0.0f;
-    float angle = 0.0f;
-    if (_gaze_quality_level[RIGHT_EYE] == VERGENCE_GAZE_QUALITY_LEVEL &&
-        _gaze_quality_level[LEFT_EYE] == VERGENCE_GAZE_QUALITY_LEVEL) {
-        const std::vector<float>& right_centre = _eyeball_centre[RIGHT_EYE];
-        const std::vector<float>& left_centre = _eyeball_centre[LEFT_EYE];
-        const std::vector<float> right_direction = gazeDirection(_gaze_rotation[RIGHT_EYE]);
-        const std::vector<float> left_direction = gazeDirection(_gaze_rotation[LEFT_EYE]);
-        angle = utils::vectorIntersectionAngle(right_direction, left_direction);
-        try {
-            point = utils::rayIntersectionPoint(right_centre, right_direction, left_centre,
-                                                left_direction);
-            distance = utils::length(0.5f * (right_centre + left_centre) - point);
-        } catch (const utils::GeomUtilsError&) {
-            // No vergence point (a gaze at infinity, or crossing behind the eyes): the
-            // point and distance stay 0.
-        }
-    }
-    detail::Columns(os) << point << distance << angle;
+    const Vergence vergence = computeVergence(*this, os);
+    detail::Columns columns(os);
+    writeVergence(columns, vergence);
+}
+
+void GazeOutputData::setVergenceErrorsAsEmptyCells(std::ostream& os, bool empty_cells) {
+    os.iword(vergenceErrorsSlot()) = empty_cells ? 1 : 0;
 }
 
 template <class Self, class V>

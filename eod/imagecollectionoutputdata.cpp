@@ -1,7 +1,5 @@
 #include <eod/imagecollectionoutputdata.h>
 
-#include <unordered_set>
-
 #include <eod/serializableerror.h>
 
 #include "eod/bytecodec.h"
@@ -100,18 +98,13 @@ void ImageCollectionOutputData::readEngineSpecificData(const std::vector<unsigne
     _images.clear();
     const unsigned short count = detail::readNumber<unsigned short>(buffer, read_pos);
     // Nothing is reserved from the count: the images are only as many as the bytes hold.
-    // A set keeps the duplicate check linear for a hostile count of 65535 tiny images.
-    std::unordered_set<std::string> identifiers;
+    // Identifiers are not checked: a collection whose images were renamed after adding them
+    // may repeat one, and what a collection writes must read back.
     for (unsigned int i = 0; i < count; ++i) {
         boost::shared_ptr<ImageOutputData> image(new ImageOutputData());
         if (!image->unSerialize(buffer, read_pos)) {
             throw SerializableError(
                 "ImageCollectionOutputData::readEngineSpecificData() - image cut short");
-        }
-        if (!identifiers.insert(image->imageIdentifier()).second) {
-            throw SerializableError(
-                "ImageCollectionOutputData::readEngineSpecificData() - duplicate image "
-                "identifier");
         }
         _images.push_back(image);
     }

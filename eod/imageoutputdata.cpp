@@ -10,6 +10,7 @@
 
 #include "eod/alignedalloc.h"
 #include "eod/bytecodec.h"
+#include "eod/setterchecks.h"
 #include "eod/textcolumns.h"
 #include "eod/usageerror.h"
 
@@ -64,6 +65,11 @@ void ImageOutputData::printHeader(std::ostream& os) const {
     detail::TextLine line(os);
     detail::Columns(os) << "WIDTH" << "HEIGHT" << "BYTES_PER_LINE" << "IMAGE_IDENTIFIER"
                         << "IMAGE_FORMAT";
+}
+
+void ImageOutputData::setImageIdentifier(const std::string& identifier) {
+    EOD_REQUIRE(detail::hasNoNul(identifier), "image_identifier contains a NUL character");
+    _image_identifier = identifier;
 }
 
 std::size_t ImageOutputData::checkedRawDataSize(unsigned int height, unsigned int bytes_per_line,

@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "eod/fieldcodec.h"
+#include "eod/setterchecks.h"
 #include "eod/textcolumns.h"
 
 namespace tq {
@@ -25,6 +26,11 @@ IntersectionOutputBase::IntersectionOutputBase()
       _screen_intersection_pixel_coords(ARRAY_SIZE_2D_DATA, 0) {}
 
 IntersectionOutputBase::~IntersectionOutputBase() = default;
+
+void IntersectionOutputBase::setIntersectionObjectName(const std::string& name) {
+    EOD_REQUIRE(detail::hasNoNul(name), "name contains a NUL character");
+    _intersection_object_name = name;
+}
 
 void IntersectionOutputBase::copyIntersectionFields(const IntersectionOutputBase& other) {
     _intersection_object_index = other._intersection_object_index;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "eod/fieldcodec.h"
+#include "eod/setterchecks.h"
 #include "eod/textcolumns.h"
 #include "eod/usageerror.h"
 
@@ -64,6 +65,7 @@ std::map<int, std::vector<T>> readPoints(const std::vector<unsigned char>& buffe
     return points;
 }
 
+// Empty for the unknown label's -1: no stored index is negative.
 template <class T>
 std::vector<T> valueAt(const std::map<int, std::vector<T>>& points, int index) {
     const auto it = points.find(index);
@@ -103,6 +105,7 @@ void IntersectionOutputBaseV2::storeIntersection(const std::string& label,
                                                  const std::vector<float>& world,
                                                  const std::vector<float>* plane,
                                                  const std::vector<int>* pixel) {
+    EOD_REQUIRE(detail::hasNoNul(label), "label contains a NUL character");
     EOD_REQUIRE(world.size() == ARRAY_SIZE_3D_DATA, "world expected to be 3D point");
     EOD_REQUIRE(!plane || plane->size() == ARRAY_SIZE_2D_DATA, "plane expected to be 2D point");
     // Two elements are checked; the message has always said 3D.
@@ -152,18 +155,15 @@ bool IntersectionOutputBaseV2::hasPixel(const std::string& label) const {
 }
 
 std::vector<float> IntersectionOutputBaseV2::world(const std::string& label) const {
-    const auto it = _label_indices.find(label);
-    return it == _label_indices.end() ? std::vector<float>() : valueAt(_world_points, it->second);
+    return valueAt(_world_points, labelToIndex(label));
 }
 
 std::vector<float> IntersectionOutputBaseV2::plane(const std::string& label) const {
-    const auto it = _label_indices.find(label);
-    return it == _label_indices.end() ? std::vector<float>() : valueAt(_plane_points, it->second);
+    return valueAt(_plane_points, labelToIndex(label));
 }
 
 std::vector<int> IntersectionOutputBaseV2::pixel(const std::string& label) const {
-    const auto it = _label_indices.find(label);
-    return it == _label_indices.end() ? std::vector<int>() : valueAt(_pixels, it->second);
+    return valueAt(_pixels, labelToIndex(label));
 }
 
 std::vector<std::string> IntersectionOutputBaseV2::intersectedItems() const {
@@ -219,6 +219,7 @@ void IntersectionOutputBaseV2::readEngineSpecificData(const std::vector<unsigned
         int index = 0;
         r(label);
         r(index);
+        if (index < 0) throwReadError("label index negative");
         if (!labels.emplace(label, index).second) throwReadError("label repeated");
         if (!indices.insert(index).second) throwReadError("label index repeated");
     }

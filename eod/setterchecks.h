@@ -3,6 +3,8 @@
 
 // Checks shared by the record setters.
 
+#include <string>
+
 #include <eod/engineoutputbase.h>
 
 #include "eod/usageerror.h"
@@ -14,6 +16,10 @@ namespace detail {
 // 0..1 inclusive. Callers pass floats widened to double, so no rounding stretches the range;
 // NaN fails both comparisons.
 inline bool inUnitRange(double value) { return value >= 0.0 && value <= 1.0; }
+
+// Strings travel terminated by a NUL byte: one that holds a NUL would read back cut short,
+// and the record around it not at all. Their setters refuse such strings.
+inline bool hasNoNul(const std::string& text) { return text.find('\0') == std::string::npos; }
 
 }  // namespace detail
 }  // namespace eod

@@ -8,6 +8,11 @@
 // Nested printLine/printHeader calls write into one line: a TextLine opened by the
 // outermost call marks the start of the line, and Columns puts a tab before every column
 // but the line's first. Neither writes the end of line; the caller does.
+//
+// A Columns is itself a TextLine, so a printOwnHeader/printOwnData called on its own starts
+// a line of its own, however the stream was used before. A function that writes its
+// columns through more than one Columns opens a TextLine around them all, so that its later
+// columns continue its line.
 
 #include <ostream>
 #include <string>
@@ -31,7 +36,7 @@ private:
 
 class Columns {
 public:
-    explicit Columns(std::ostream& os) : _os(os) {}
+    explicit Columns(std::ostream& os) : _line(os), _os(os) {}
 
     Columns& operator<<(const std::string& text);
     Columns& operator<<(const char* text);
@@ -71,6 +76,7 @@ private:
     }
     void column(const char* text, std::size_t n);
 
+    TextLine _line;
     std::ostream& _os;
 };
 

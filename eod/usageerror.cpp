@@ -1,5 +1,6 @@
 #include "eod/usageerror.h"
 
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 
@@ -8,8 +9,10 @@ namespace eod {
 namespace detail {
 
 void throwUsageError(const char* file, int line, const std::string& reason) {
+    std::string path(file);
+    std::replace(path.begin(), path.end(), '/', '\\');
     std::ostringstream text;
-    text << file << ':' << line << ": " << reason;
+    text << path << ':' << line << ": " << reason;
     throw std::invalid_argument(text.str());
 }
 

@@ -5,7 +5,9 @@
 
 // Errors of the calling program (wrong call order, argument out of range) are
 // std::invalid_argument with the text "<module path>:<line>: <reason>". The build maps
-// the source directory away from __FILE__, so the path reads "eod/serializable.cpp".
+// the source directory away from __FILE__; the path is written with backslashes as its
+// separators, whatever the platform, so it reads "eod\serializable.cpp" everywhere and
+// programs that match these texts need one pattern.
 
 namespace tq {
 namespace eod {

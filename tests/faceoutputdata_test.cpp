@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <typeinfo>
 
@@ -389,7 +390,7 @@ TEST(FaceRecords, PrintOneHundredNinetyFixedColumns) {
     }
 }
 
-TEST(FaceRecords, HostileLandmarkCountsAndIdsAreRejected) {
+TEST(FaceRecords, HostileLandmarkCountsAreRejected) {
     const Bytes tail = {0, 0, 0, 1, 2};  // face count, glasses of a V2
     struct Case {
         const char* name;
@@ -423,17 +424,51 @@ TEST(FaceRecords, HostileLandmarkCountsAndIdsAreRejected) {
                         std::string("FaceOutputDataV2::readEngineSpecificData() - ") + c.reason);
     }
 
-    Bytes face_data = {0, 0, 0, 1};
-    appendLandmark(face_data, 850);
-    expectReadError(engineRecordBytes(91, face_data),
-                    "FaceOutputData::readEngineSpecificData() - invalid landmark");
-    Bytes mask_data(20, 0);
-    detail::appendNumber(mask_data, 2);
-    appendLandmark(mask_data, 800);
-    appendLandmark(mask_data, 900);
-    expectReadError(engineRecordBytes(92, mask_data),
-                    "FaceTextureOutputData::readEngineSpecificData() - landmark.id outside the "
-                    "range 800..899");
+}
+
+// The id ranges are the setters' rule: a reader keeps a landmark of the other kind under its
+// id, and the frame around it still reads.
+TEST(FaceRecords, ReadersKeepLandmarksOfTheOtherKindUnderTheirIds) {
+    struct Case {
+        char id;
+        Bytes own_fields_before;  // texture type and transform
+        Bytes own_fields_after;   // face count and glasses
+        int own_id;
+        int foreign_id;
+    };
+    const Case cases[] = {{91, {}, {}, 100, 850},
+                          {93, {}, {0, 0, 0, 1, 2}, 100, 800},
+                          {92, Bytes(20, 0), {}, 810, 900},
+                          {92, Bytes(20, 0), {}, 810, 5}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(int(c.id)) + " holding " + std::to_string(c.foreign_id));
+        Bytes data = c.own_fields_before;
+        detail::appendNumber(data, 2);
+        appendLandmark(data, std::min(c.own_id, c.foreign_id));
+        appendLandmark(data, std::max(c.own_id, c.foreign_id));
+        data.insert(data.end(), c.own_fields_after.begin(), c.own_fields_after.end());
+        // A frame numbered 7 around the record: enabled, frame number, one sub-record.
+        const Bytes frame_bytes = eodtest::recordBytes(
+            EngineOutputData::THIS_OBJECT_ID,
+            eodtest::concat({{0x01, 0, 0, 0, 7, 0x01}, engineRecordBytes(c.id, data)}));
+        const auto read = eodtest::decodeViaFactory<EngineOutputData>(frame_bytes);
+        ASSERT_TRUE(read);
+        EXPECT_EQ(read->frameNum(), 7u);
+        const auto sub = read->subObject(c.id);
+        ASSERT_TRUE(sub);
+        const std::map<int, FaceLandmark>* landmarks = nullptr;
+        if (const auto v1 = boost::dynamic_pointer_cast<const FaceOutputData>(sub)) {
+            landmarks = &v1->faceLandmarks();
+        } else if (const auto v2 = boost::dynamic_pointer_cast<const FaceOutputDataV2>(sub)) {
+            landmarks = &v2->faceLandmarks();
+        } else if (const auto t = boost::dynamic_pointer_cast<const FaceTextureOutputData>(sub)) {
+            landmarks = &t->faceMaskLandmarks();
+        }
+        ASSERT_TRUE(landmarks);
+        EXPECT_EQ(landmarks->size(), 2u);
+        EXPECT_EQ(landmarks->count(c.foreign_id), 1u);
+        EXPECT_EQ(landmarks->at(c.foreign_id).id, c.foreign_id);
+    }
 }
 
 TEST(FaceRecords, EveryTruncationIsRejected) {

@@ -1,11 +1,14 @@
 #include <cmath>
 #include <cstdlib>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include <eod/gazeoutputdata.h>
 #include <eod/utils/geomutils.h>
+#include <eod/utils/geomutilserror.h>
 
 #include "eod/bytecodec.h"
 #include "recordtesting.h"
@@ -178,17 +181,70 @@ TEST(GazeOutputData, VergenceIsWhereTheGazeRaysMeet) {
     EXPECT_NEAR(columns[4], std::acos(cosine), 1e-6);
 }
 
-TEST(GazeOutputData, VergenceWithoutAMeetingPointKeepsTheAngle) {
-    // Parallel gaze, as at a far target: no point, angle 0.
+namespace {
+
+// Level-3 gaze whose rays have no vergence point: parallel (a far target), and turned
+// outwards (the rays come closest behind the eyes), with its angle between the directions.
+struct NoMeetingPoint {
+    const char* reason;
+    GazeOutputData gaze;
+    double angle;
+};
+
+std::vector<NoMeetingPoint> gazeWithoutMeetingPoint() {
     const Floats ahead = {0.05f, 0.1f};
-    EXPECT_EQ(vergenceColumns(gazeAt(LEVEL_3, ahead, LEVEL_3, ahead)), Floats(5));
-    // Gaze turned outwards: the rays come closest behind the eyes.
-    const Floats right = pitchYawTowards(RIGHT_CENTRE, {-1, 0, 1});
-    const Floats left = pitchYawTowards(LEFT_CENTRE, {1, 0, 1});
-    const Floats columns = vergenceColumns(gazeAt(LEVEL_3, right, LEVEL_3, left));
-    EXPECT_EQ(Floats(columns.begin(), columns.begin() + 4), Floats(4));
-    const double outward = std::atan2(0.97, 1.0) + std::atan2(0.97, 1.0);
-    EXPECT_NEAR(columns[4], outward, 1e-6);
+    return {{"parallel", gazeAt(LEVEL_3, ahead, LEVEL_3, ahead), 0.0},
+            {"diverging",
+             gazeAt(LEVEL_3, pitchYawTowards(RIGHT_CENTRE, {-1, 0, 1}), LEVEL_3,
+                    pitchYawTowards(LEFT_CENTRE, {1, 0, 1})),
+             2 * std::atan2(0.97, 1.0)}};
+}
+
+}  // namespace
+
+TEST(GazeOutputData, VergenceWithoutAMeetingPointIsAGeometryError) {
+    for (const NoMeetingPoint& c : gazeWithoutMeetingPoint()) {
+        SCOPED_TRACE(c.reason);
+        const std::string message =
+            std::string("tq::eod::utils::rayIntersectionPoint : rays are ") + c.reason;
+        std::ostringstream fields;
+        EXPECT_EQ(eodtest::thrownMessage<utils::GeomUtilsError>(
+                      [&] { c.gaze.writeVergenceFields(fields); }),
+                  message);
+        EXPECT_EQ(fields.str(), "");
+        // The record's own columns are not written either: no half line.
+        std::ostringstream line;
+        EXPECT_EQ(eodtest::thrownMessage<utils::GeomUtilsError>([&] { c.gaze.printLine(line); }),
+                  message);
+        EXPECT_EQ(line.str(), "");
+    }
+}
+
+TEST(GazeOutputData, VergenceErrorsAsEmptyCellsKeepTheLineAndTheAngle) {
+    for (const NoMeetingPoint& c : gazeWithoutMeetingPoint()) {
+        SCOPED_TRACE(c.reason);
+        std::ostringstream os;
+        GazeOutputData::setVergenceErrorsAsEmptyCells(os, true);
+        c.gaze.printLine(os);
+        const std::vector<std::string> columns = eodtest::splitColumns(os.str());
+        ASSERT_EQ(columns.size(), 19u);
+        EXPECT_EQ(std::vector<std::string>(columns.begin() + 14, columns.begin() + 18),
+                  std::vector<std::string>(4));
+        EXPECT_NEAR(std::stod(columns[18]), c.angle, 1e-6);
+        // Only for that stream, and only until switched off.
+        std::ostringstream other;
+        EXPECT_THROW(c.gaze.printLine(other), utils::GeomUtilsError);
+        GazeOutputData::setVergenceErrorsAsEmptyCells(os, false);
+        EXPECT_THROW(c.gaze.writeVergenceFields(os), utils::GeomUtilsError);
+    }
+    // Rays that meet print their point as before.
+    std::ostringstream os;
+    GazeOutputData::setVergenceErrorsAsEmptyCells(os, true);
+    const Doubles target = {0.0, 0.1, 0.5};
+    gazeAt(LEVEL_3, pitchYawTowards(RIGHT_CENTRE, target), LEVEL_3,
+           pitchYawTowards(LEFT_CENTRE, target))
+        .writeVergenceFields(os);
+    EXPECT_NEAR(std::stod(eodtest::splitColumns(os.str())[1]), 0.1, 1e-5);
 }
 
 TEST(GazeOutputData, KeepsAnUnknownLevelReadFromTheWire) {

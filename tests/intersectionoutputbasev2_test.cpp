@@ -204,6 +204,36 @@ TEST(IntersectionOutputBaseV2, NewLabelsSkipIndicesReadFromBytes) {
     EXPECT_FALSE(record.hasWorld("b"));
 }
 
+// labelToIndex and addLabelIndex are virtual: a derived record's own label rule is what the
+// base's addIntersection and look-ups use.
+class OneIndexForAll : public GazeIntersectionOutputDataV3 {
+public:
+    mutable int lookups = 0;
+    int adds = 0;
+
+protected:
+    int labelToIndex(const std::string&) const override {
+        ++lookups;
+        return 7;
+    }
+
+private:
+    bool addLabelIndex(const std::string&, int& index) override {
+        ++adds;
+        index = 7;
+        return true;
+    }
+};
+
+TEST(IntersectionOutputBaseV2, LabelRuleIsVirtual) {
+    OneIndexForAll record;
+    record.addIntersection("a", {1, 2, 3}, {4, 5});
+    EXPECT_EQ(record.adds, 1);
+    EXPECT_EQ(record.world("any label"), (std::vector<float>{1, 2, 3}));
+    EXPECT_TRUE(record.hasPlane("another"));
+    EXPECT_GE(record.lookups, 2);
+}
+
 const std::string MODULE = "intersectionoutputbasev2";
 
 TEST(IntersectionOutputBaseV2, FailedAddIntersectionNamesTheProblemAndChangesNothing) {
@@ -315,6 +345,12 @@ TEST(IntersectionOutputBaseV2, ReaderRejectsBadTables) {
         {"pixel of no label", V3,
          Table().count(0).count(0).count(0).count(1).point(-1, {0, 0}).bytes,
          READER + "index -1 of pixels names no label"},
+        // -1 is labelToIndex's "unknown label": no label may be stored under it.
+        {"label index -1", V3, Table().count(1).label("a", -1).count(0).count(0).count(0).bytes,
+         READER + "label index negative"},
+        {"label index INT_MIN", V3,
+         Table().count(1).label("a", INT_MIN).count(0).count(0).count(0).bytes,
+         READER + "label index negative"},
         {"repeated label", V3,
          Table().count(2).label("a", 0).label("a", 1).count(0).count(0).count(0).bytes,
          READER + "label repeated"},

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <sstream>
 
 #include <eod/eod.h>
 
 #include "eod/textcolumns.h"
+#include "recordtesting.h"
 #include "testrecord.h"
 
 using namespace tq::eod;
@@ -99,6 +101,35 @@ TEST(TextColumns, EachStreamKeepsItsOwnLine) {
     detail::Columns(a) << 3;
     EXPECT_EQ(a.str(), "1\t3");
     EXPECT_EQ(b.str(), "2");
+}
+
+// printOwnHeader/printOwnData called on their own start a line of their own, however the
+// stream was used before: no stray tab in front, and the same columns the record prints
+// inside a whole line. For every registered record class.
+TEST(TextColumns, OwnColumnsCalledAloneStartTheirOwnLine) {
+    // What the call writes on a stream whose line already has columns.
+    const auto onUsedStream = [](const std::function<void(std::ostream&)>& print) {
+        std::ostringstream used;
+        TestRecord<51>(5).printLine(used);
+        used << '\n';
+        const std::size_t start = used.str().size();
+        print(used);
+        return used.str().substr(start);
+    };
+    int composites = 0;
+    for (int id = -128; id < 128; ++id) {
+        const auto record = boost::dynamic_pointer_cast<SerializableComposite>(
+            SerializableFactory::newObject(static_cast<char>(id)));
+        if (!record) continue;
+        ++composites;
+        SCOPED_TRACE("object id " + std::to_string(id));
+        ASSERT_EQ(record->numSubObjects(), 0u);
+        EXPECT_EQ(onUsedStream([&](std::ostream& os) { record->printOwnHeader(os); }),
+                  headerLine(*record));
+        EXPECT_EQ(onUsedStream([&](std::ostream& os) { record->printOwnData(os); }),
+                  valueLine(*record));
+    }
+    EXPECT_EQ(composites, 30);
 }
 
 // A record whose text output fails half way.

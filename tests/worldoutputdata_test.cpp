@@ -71,6 +71,24 @@ TEST(WorldOutputDataV2, AccessorsGiveTheChildrenInBothForms) {
     EXPECT_FALSE(empty.headIntersectionOutputData());
 }
 
+TEST(WorldOutputDataV2, GivesThePerEyeGazeRecords) {
+    WorldOutputDataV2 world = fullWorldV2();
+    const WorldOutputDataV2& view = world;
+    for (EyeId eye : {RIGHT_EYE, LEFT_EYE}) {
+        SCOPED_TRACE(eye);
+        const auto gaze = world.gazeIntersectionOutputDataV4(eye);
+        ASSERT_TRUE(gaze);
+        EXPECT_EQ(gaze->eyeId(), eye);
+        EXPECT_EQ(gaze->world("Screen(1)")[0], eye == RIGHT_EYE ? 10.0f : 20.0f);
+        EXPECT_EQ(view.gazeIntersectionOutputDataV4(eye).get(), gaze.get());
+    }
+    EXPECT_FALSE(view.gazeIntersectionOutputDataV4(BOTH_EYES));
+    world.addSubObject(eyeGaze(BOTH_EYES, 30));
+    ASSERT_TRUE(view.gazeIntersectionOutputDataV4(BOTH_EYES));
+    EXPECT_EQ(view.gazeIntersectionOutputDataV4(BOTH_EYES)->world("Screen(1)")[0], 30.0f);
+    EXPECT_FALSE(WorldOutputDataV2().gazeIntersectionOutputDataV4(RIGHT_EYE));
+}
+
 TEST(WorldOutputDataV2, RefusesASecondGazeRecordOfTheSameVersion) {
     WorldOutputDataV2 world = fullWorldV2();
     EXPECT_EQ(

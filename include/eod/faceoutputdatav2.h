@@ -86,8 +86,9 @@ public:
 
 protected:
     void appendEngineSpecificData(std::vector<unsigned char>& buffer) const override;
-    // Clears the landmarks first. A negative count, a count the bytes cannot hold and an id
-    // in 800..899 throw SerializableError.
+    // Clears the landmarks first and stores each landmark under its id, mask ids (800..899)
+    // included: the id check is the setters'. A negative count and a count the bytes cannot
+    // hold throw SerializableError.
     void readEngineSpecificData(const std::vector<unsigned char>& buffer, int& read_pos) override;
     unsigned int numEngineSpecificDataBytes() const override;
 

@@ -72,7 +72,8 @@ protected:
     void doAddSubObject(const boost::shared_ptr<Serializable>& object) override;
 
     void appendEngineSpecificData(std::vector<unsigned char>& buffer) const override;
-    // Mask landmark ids outside 800..899 and counts the bytes cannot hold throw
+    // Stores each mask landmark under its id, ids outside 800..899 included: the id check is
+    // addMaskLandmark's. A negative count and a count the bytes cannot hold throw
     // SerializableError.
     void readEngineSpecificData(const std::vector<unsigned char>& buffer, int& read_pos) override;
     unsigned int numEngineSpecificDataBytes() const override;

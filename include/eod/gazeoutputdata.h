@@ -63,13 +63,18 @@ public:
 
     // Five columns computed from the stored gaze: vergence point x, y, z, vergence distance
     // and vergence angle. Only when both eyes are at level 3: the point is where the two gaze
-    // rays (from the eyeball centres along their pitch/yaw directions) come closest, the
-    // distance is from the midpoint of the eyeball centres to that point, and the angle
-    // (radians) is between the two directions. Otherwise all five are 0. Rays that are
-    // parallel or that meet behind the eyes have no vergence point: then the point and the
-    // distance print as 0 and the angle is still given, so a printed log always gets its
-    // line (the geometry error is not propagated).
+    // rays (from the eyeball centres along their pitch/yaw directions) come closest
+    // (utils::rayIntersectionPoint), the distance is from the midpoint of the eyeball centres
+    // to that point, and the angle (radians) is between the two directions. Otherwise all
+    // five are 0. Rays that are parallel or that come closest behind an eye have no vergence
+    // point: the GeomUtilsError of rayIntersectionPoint propagates, and nothing of the
+    // columns is written (printOwnData then writes none of the record's columns).
     void writeVergenceFields(std::ostream& os) const;
+
+    // For one stream, writes rays without a vergence point as empty point and distance cells
+    // (NaN to a table reader) next to the angle instead of throwing, so that a program that
+    // prints whole recordings keeps every line and every column in place. Off by default.
+    static void setVergenceErrorsAsEmptyCells(std::ostream& os, bool empty_cells);
 
 protected:
     void appendEngineSpecificData(std::vector<unsigned char>& buffer) const override;

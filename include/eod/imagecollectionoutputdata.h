@@ -43,7 +43,8 @@ public:
     // Shares (does not copy) the image and returns true. Usage errors, the collection
     // unchanged: null ("no image provided"), an identifier already present ("image already
     // added"), a 65536th image ("too many images"). Renaming an image after adding it
-    // bypasses the identifier check.
+    // bypasses the identifier check; such a collection (and its copies) is still written
+    // and read back whole, and look-up by identifier finds the first of equal names.
     bool addImage(const boost::shared_ptr<ImageOutputData>& image);
     // Remove the image with the identifier (of the given image); false if there is none.
     bool removeImage(const std::string& identifier);
@@ -56,9 +57,9 @@ public:
 
 protected:
     void appendEngineSpecificData(std::vector<unsigned char>& buffer) const override;
-    // Clears the collection first. Images with duplicate identifiers, an image cut short,
-    // and fewer images than the count announces throw SerializableError; the collection
-    // then holds the images read so far.
+    // Clears the collection first and keeps every image in the order read, repeated
+    // identifiers included. An image cut short and fewer images than the count announces
+    // throw SerializableError; the collection then holds the images read so far.
     void readEngineSpecificData(const std::vector<unsigned char>& buffer, int& read_pos) override;
     unsigned int numEngineSpecificDataBytes() const override;
 

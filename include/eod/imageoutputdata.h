@@ -52,7 +52,8 @@ public:
     int imageFormat() const { return _image_format; }
     std::string imageIdentifier() const { return _image_identifier; }
     // Identifiers are unique within a collection: rename an image before adding it to one.
-    void setImageIdentifier(const std::string& identifier) { _image_identifier = identifier; }
+    // Usage error "image_identifier contains a NUL character": it could not read back.
+    void setImageIdentifier(const std::string& identifier);
     // height() * bytesPerLine() bytes, or null when that is 0.
     const unsigned char* rawData() const { return _raw_data; }
     unsigned char* rawData() { return _raw_data; }

@@ -42,9 +42,9 @@ class IntersectionOutputBase : public EngineOutputBase {
     virtual int intersectionObjectIndex() const { return _intersection_object_index; }
     virtual void setIntersectionObjectIndex(int index) { _intersection_object_index = index; }
     virtual std::string intersectionObjectName() const { return _intersection_object_name; }
-    virtual void setIntersectionObjectName(const std::string& name) {
-        _intersection_object_name = name;
-    }
+    // The name travels padded to MAX_OBJ_NAME_LENGTH characters with leading blanks, which
+    // reading removes. Usage error "name contains a NUL character": it could not read back.
+    virtual void setIntersectionObjectName(const std::string& name);
     virtual bool intersectsScreen() const { return _intersects_screen; }
     virtual void setIntersectsScreen(bool intersects) { _intersects_screen = intersects; }
 

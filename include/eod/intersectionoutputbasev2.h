@@ -14,9 +14,9 @@
 //   number of pixels        unsigned int, then per pixel: index (int), x, y (2 x int)
 //
 // An empty record is four zero counts (16 bytes). A reader rejects, as SerializableError,
-// a count that the remaining bytes cannot hold, a repeated label or label index, a point
-// whose index names no label and a repeated point index, so that every record read back
-// encodes to what it was read from.
+// a count that the remaining bytes cannot hold, a negative label index (-1 is labelToIndex's
+// "unknown"), a repeated label or label index, a point whose index names no label and a
+// repeated point index, so that every record read back encodes to what it was read from.
 //
 // Text: "ITEM_NAME", "WORLD_X", "WORLD_Y", "WORLD_Z", "PLANE_X", "PLANE_Y", "PIXEL_X",
 // "PIXEL_Y" for one item, the first label in label order ("Nothing" when there is none);
@@ -37,8 +37,9 @@ class IntersectionOutputBaseV2 : public EngineOutputBase {
 
     // Adds the label when it is new and stores (or replaces) the values given under it; a
     // value not given keeps what the label had. Usage errors, checked before anything is
-    // stored: "world expected to be 3D point" unless world has 3 elements, "plane expected
-    // to be 2D point" unless plane has 2, "pixel expected to be 3D point" unless pixel has 2.
+    // stored: "label contains a NUL character" (it could not read back), "world expected to
+    // be 3D point" unless world has 3 elements, "plane expected to be 2D point" unless plane
+    // has 2, "pixel expected to be 3D point" unless pixel has 2.
     virtual void addIntersection(const std::string& label, const std::vector<float>& world);
     virtual void addIntersection(const std::string& label, const std::vector<float>& world,
                                  const std::vector<float>& plane);
@@ -66,7 +67,7 @@ class IntersectionOutputBaseV2 : public EngineOutputBase {
     IntersectionOutputBaseV2& operator=(const IntersectionOutputBaseV2&) = default;
 
     // -1 when the label is unknown.
-    int labelToIndex(const std::string& label) const;
+    virtual int labelToIndex(const std::string& label) const;
     // Sum of the labels' encoded sizes (each label and its terminator).
     virtual unsigned int combinedLabelSize() const;
 
@@ -84,7 +85,7 @@ class IntersectionOutputBaseV2 : public EngineOutputBase {
                            const std::vector<float>* plane, const std::vector<int>* pixel);
     // True when the label was new. A new label gets the number of labels already known, or,
     // when indices read from bytes already hold that number, the next free index above it.
-    bool addLabelIndex(const std::string& label, int& index);
+    virtual bool addLabelIndex(const std::string& label, int& index);
     bool indexInUse(int index) const;
 
     LabelIndices _label_indices;

@@ -13,6 +13,7 @@ namespace tq {
 namespace eod {
 
 class GazeIntersectionOutputDataV3;
+class GazeIntersectionOutputDataV4;
 class HeadIntersectionOutputDataV2;
 
 class WorldOutputDataV2 : public EngineOutputBase {
@@ -32,6 +33,11 @@ class WorldOutputDataV2 : public EngineOutputBase {
     // Null when there is none. The per-eye V4 records are sub-objects of their own id.
     boost::shared_ptr<GazeIntersectionOutputDataV3> gazeIntersectionOutputData();
     boost::shared_ptr<GazeIntersectionOutputDataV3 const> gazeIntersectionOutputData() const;
+    // The per-eye record of the gaze of eye_id (RIGHT_EYE, LEFT_EYE or BOTH_EYES): the first
+    // V4 sub-record whose eyeId() is eye_id, null when there is none.
+    boost::shared_ptr<GazeIntersectionOutputDataV4> gazeIntersectionOutputDataV4(EyeId eye_id);
+    boost::shared_ptr<GazeIntersectionOutputDataV4 const> gazeIntersectionOutputDataV4(
+        EyeId eye_id) const;
     boost::shared_ptr<HeadIntersectionOutputDataV2> headIntersectionOutputData();
     boost::shared_ptr<HeadIntersectionOutputDataV2 const> headIntersectionOutputData() const;
 
