@@ -37,7 +37,8 @@ GazeRay combined(const GazeOutputData& gaze, float w_right, float w_left, const 
     const GazeRay left = gazeRay(gaze, LEFT_EYE);
     const std::vector<float> sum = w_right * right.direction + w_left * left.direction;
     const float norm = length(sum);
-    if (norm < std::numeric_limits<float>::epsilon()) {
+    // Relative to the longest the sum can be, so that the weights do not move the threshold.
+    if (norm < std::numeric_limits<float>::epsilon() * (w_right + w_left)) {
         throw GeomUtilsError(std::string("tq::eod::utils::") + function +
                              " : gaze directions cancel out");
     }

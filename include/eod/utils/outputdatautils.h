@@ -77,7 +77,8 @@ bool bestGazeRay(const GazeOutputData& gaze, GazeRay& ray);
 //   direction = (w_r d_r + w_l d_l) / |w_r d_r + w_l d_l|
 // With one eye tracked this is that eye's ray. Returns false, leaving `ray` untouched, when
 // no eye is tracked. GeomUtilsError "tq::eod::utils::mergedGazeRay : gaze directions cancel
-// out" when the weighted directions sum to zero.
+// out" when the weighted directions sum to zero (|sum| below the float epsilon times
+// w_r + w_l; the cyclops ray uses the same test with weights 1).
 bool mergedGazeRay(const GazeOutputData& gaze, GazeRay& ray);
 
 // Whether the frame tracks a face and its eyes: its head record (headOutputData()) reports
