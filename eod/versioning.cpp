@@ -171,16 +171,27 @@ void convert(const GPSCoordinateV2& from, GPSCoordinateV1& to) {
     to.hemisphere = from.hemisphere;
 }
 
-void convert(const GPSOutputData& from, GPSOutputDataV2& to) {
-    GPSOutputDataV2 result;
-    copyEnvelope(from, result);
-    result.setDataValid(from.isDataValid());
-    result.setGMTTime(from.gmtTime());
-    GPSCoordinateV2 coordinate;
+namespace {
+
+// What the two GPS generations share, the coordinates converted, into a new record To.
+template <class To, class From>
+To sharedGPSFields(const From& from) {
+    To to;
+    copyEnvelope(from, to);
+    to.setDataValid(from.isDataValid());
+    to.setGMTTime(from.gmtTime());
+    decltype(to.latitude()) coordinate;
     convert(from.latitude(), coordinate);
-    result.setLatitude(coordinate);
+    to.setLatitude(coordinate);
     convert(from.longitude(), coordinate);
-    result.setLongitude(coordinate);
+    to.setLongitude(coordinate);
+    return to;
+}
+
+}  // namespace
+
+void convert(const GPSOutputData& from, GPSOutputDataV2& to) {
+    GPSOutputDataV2 result = sharedGPSFields<GPSOutputDataV2>(from);
     result.setSpeed(from.speed());
     to = result;
 }
@@ -189,15 +200,7 @@ void convert(const GPSOutputDataV2& from, GPSOutputData& to) {
     short speed = 0;
     EOD_REQUIRE(truncatedFits(std::round(from.speed()), speed),
                 "speed cannot be held by GPSOutputData");
-    GPSOutputData result;
-    copyEnvelope(from, result);
-    result.setDataValid(from.isDataValid());
-    result.setGMTTime(from.gmtTime());
-    GPSCoordinateV1 coordinate;
-    convert(from.latitude(), coordinate);
-    result.setLatitude(coordinate);
-    convert(from.longitude(), coordinate);
-    result.setLongitude(coordinate);
+    GPSOutputData result = sharedGPSFields<GPSOutputData>(from);
     result.setSpeed(speed);
     to = result;
 }
