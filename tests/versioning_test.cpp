@@ -425,29 +425,15 @@ TEST(Upgrade, AddingAHeadToAnOlderFrameConvertsItsHeadInsteadOfShadowingIt) {
     const auto head = addHeadOutputDataIfMissing(frame);
     EXPECT_EQ(head->headPositionConfidence(), 0.75);
     EXPECT_EQ(frame.numSubObjects(), 1);
-    EXPECT_EQ(frame.face(0)->headOutputData(), head);
+    const auto face_set = frame.face(0);
+    EXPECT_EQ(face_set->headOutputData(), head);
     EXPECT_EQ(frame.headOutputData(), head);
+    EXPECT_EQ(upgradeFaceSetOutputData(frame), face_set);
+    EXPECT_EQ(migrateFaceSetOutputData(frame, *face_set), 0u);
 
     // A frame without face records gets no face set from the upgrade.
     EngineOutputData timing_only;
     timing_only.addSubObject(boost::make_shared<TimingOutputData>());
     EXPECT_FALSE(upgradeFaceSetOutputData(timing_only));
     EXPECT_EQ(timing_only.numFaces(), 0);
-}
-
-TEST(Upgrade, TheAccessorsPickTheRecordTheMigrationLeavesInTheFirstFaceSet) {
-    EngineOutputData frame;
-    const auto head = boost::make_shared<HeadOutputDataV2>();
-    const auto eyes = boost::make_shared<EyeOutputData>();
-    frame.addSubObject(head);
-    frame.addSubObject(eyes);
-    EXPECT_EQ(frame.headOutputData(), head);
-    EXPECT_EQ(frame.eyeOutputData(), eyes);
-    EXPECT_FALSE(frame.faceOutputData());
-    const auto face_set = upgradeFaceSetOutputData(frame);
-    ASSERT_TRUE(face_set);
-    EXPECT_EQ(face_set->headOutputData(), head);
-    EXPECT_EQ(frame.headOutputData(), head);
-    EXPECT_EQ(frame.eyeOutputData(), eyes);
-    EXPECT_EQ(migrateFaceSetOutputData(frame, *face_set), 0u);
 }
