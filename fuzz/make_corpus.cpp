@@ -355,5 +355,6 @@ int main(int argc, char** argv) {
     writeSerialSeeds(root + "/serialport_fuzz");
     writeZlibSeeds(root + "/zlibdecoder_fuzz");
     writeLogSeeds(root + "/logfilereader_fuzz");
+    writeRecordSeeds(root + "/upgrade_fuzz");
     return 0;
 }

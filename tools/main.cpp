@@ -82,6 +82,13 @@ int main(int argc, char** argv) {
     decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required();
     decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")->required();
 
+    ConvertOptions upgrade;
+    CLI::App* upgrade_cmd = app.add_subcommand(
+        "upgrade", "Copy a recording as a raw record file, every frame in the current layout");
+    upgrade_cmd->add_option("IN", upgrade.in, "Log directory, log file or raw record file")
+        ->required();
+    upgrade_cmd->add_option("OUT", upgrade.out, "Raw record file to write")->required();
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -102,6 +109,7 @@ int main(int argc, char** argv) {
         if (*record_cmd) return runRecord(record);
         if (*compress_cmd) return runCompress(compress);
         if (*decompress_cmd) return runDecompress(decompress);
+        if (*upgrade_cmd) return runUpgrade(upgrade);
     } catch (const ToolError& e) {
         std::cerr << "eod: " << e.what() << '\n';
         return kRuntimeFailure;
