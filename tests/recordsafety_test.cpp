@@ -23,6 +23,7 @@
 #include <memory>
 #include <mutex>
 #include <random>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -152,8 +153,8 @@ std::vector<std::string> fileNames(const std::string& dir) {
     return names;
 }
 
-// `eod ARGS...` as a child process with its output thrown away.
-pid_t spawnEod(const std::vector<std::string>& args) {
+// `eod ARGS...` as a child process with its output thrown away (stderr to `err` if given).
+pid_t spawnEod(const std::vector<std::string>& args, const std::string& err = "/dev/null") {
     std::vector<std::string> all = {EOD_TOOL_PATH};
     all.insert(all.end(), args.begin(), args.end());
     std::vector<char*> argv;
@@ -162,7 +163,7 @@ pid_t spawnEod(const std::vector<std::string>& args) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     pid_t pid = -1;
     EXPECT_EQ(posix_spawn(&pid, EOD_TOOL_PATH, &actions, nullptr, argv.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);
@@ -467,4 +468,56 @@ TEST_F(EodTool, InfoCountsHugeAndManyRecordsWithoutHoldingThem) {
     EXPECT_NE(r.out.find("corrupt records: 1 at bytes " + std::to_string(frameBytes(0).size())),
               std::string::npos)
         << r.out;
+}
+
+// Three clients that never read (with tiny receive buffers, so the server's sends to them
+// soon find no room) and one that does: the reader never waits long for a frame, and the
+// stalled clients are dropped and reported.
+TEST_F(EodTool, ServeNeverLetsAStalledClientDelayAnother) {
+    const pid_t pid = spawnEod({"serve", "--synthetic", "--port", "0", "--rate", "1000", "--frames", "3000"},
+                               path("serve.err"));
+    std::smatch port;
+    const std::regex listening("listening on port ([0-9]+)");
+    std::string text;
+    for (int i = 0; i < 200 && !std::regex_search(text, port, listening); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+        text = eodtest::readText(path("serve.err"));
+    }
+    ASSERT_TRUE(std::regex_search(text, port, listening)) << text;
+    const int port_number = std::stoi(port[1].str());
+
+    std::vector<int> stalled;
+    for (int i = 0; i < 3; ++i) {
+        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        const int tiny = 1024;
+        ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &tiny, sizeof tiny);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<uint16_t>(port_number));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ASSERT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        stalled.push_back(fd);
+    }
+    tq::eod::io::EngineOutputDataTcpClient reader;
+    reader.connect(nettest::loopback(port_number));
+    Clock::duration longest_wait{};
+    unsigned int frames = 0;
+    Clock::time_point last = Clock::now();
+    const Clock::time_point start = last;
+    while (!reader.peerClosed() && Clock::now() - start < std::chrono::seconds(15)) {
+        if (!reader.receive(100)) continue;
+        const Clock::time_point now = Clock::now();
+        if (frames++ > 0) longest_wait = std::max(longest_wait, now - last);
+        last = now;
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    for (int fd : stalled) ::close(fd);
+    EXPECT_GT(frames, 2500u);
+    EXPECT_LT(longest_wait, std::chrono::milliseconds(250))
+        << std::chrono::duration_cast<std::chrono::milliseconds>(longest_wait).count() << " ms";
+    const std::string err = eodtest::readText(path("serve.err"));
+    std::size_t dropped = 0;
+    for (std::size_t at = 0; (at = err.find("dropped: more than 120 frames behind", at)) != std::string::npos; ++at) ++dropped;
+    EXPECT_EQ(dropped, 3u) << err;
 }
