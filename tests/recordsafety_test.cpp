@@ -374,6 +374,42 @@ TEST_F(EodTool, AKilledRecorderKeepsEveryFrameOlderThanOneFlushInterval) {
     std::cout << "torn tails: " << torn << " of 20 kills\n";
 }
 
+// SIGTERM while frames stream in: the recorder flushes, exits 0, and the logs hold every
+// frame sent before the signal (loopback delivers them within a few milliseconds).
+TEST_F(EodTool, ASignalStopsTheRecorderWithEveryFrameOnDisk) {
+    std::mutex mutex;
+    std::vector<Clock::time_point> sent;
+    FakeEngine engine([&](Peer& peer, const std::atomic<bool>& stop) {
+        for (unsigned int n = 0; !stop; ++n) {
+            peer.send(frameBytes(n));
+            std::lock_guard<std::mutex> lock(mutex);
+            sent.push_back(Clock::now());
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    });
+    // A flush interval far beyond the test: only the stop itself can flush.
+    const pid_t pid = spawnEod({"record", "--flush-interval", "100", "--connect", engine.address(),
+                                "--out", path("rec")});
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    ::kill(pid, SIGTERM);
+    const Clock::time_point signalled = Clock::now();
+    int status = 0;
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    std::size_t must_have = 0;
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        while (must_have < sent.size() && sent[must_have] < signalled - std::chrono::milliseconds(50)) {
+            ++must_have;
+        }
+    }
+    const Replay logs = replay(path("rec"));
+    EXPECT_FALSE(logs.torn);
+    EXPECT_GT(must_have, 0u);
+    EXPECT_GE(logs.frames.size(), must_have);
+}
+
 // A raw file of one zero-length record frame (tag 0, CRC 0, length 0) and damaged streams:
 // no crash, exit 1 with the byte range, and no output file.
 TEST_F(EodTool, DecompressOfDamagedStreamsFailsWithTheByteOffset) {
@@ -429,11 +465,13 @@ TEST_F(EodTool, ConvertRefusesDirectoriesAndKeepsOutputsWhole) {
     EXPECT_EQ(fileNames(_dir.string()).size(), 5u);  // demo, junk.z, keep.raw, stdout, stderr
 }
 
-TEST_F(EodTool, InfoRefusesFifosAndDevicesAndSkipsBadEntries) {
+TEST_F(EodTool, InfoAndCatRefuseFifosAndDevicesAndInfoSkipsBadEntries) {
     ASSERT_EQ(::mkfifo(path("pipe.tql").c_str(), 0600), 0);
-    for (const std::string& target : {path("pipe.tql"), std::string("/dev/zero")}) {
-        SCOPED_TRACE(target);
-        const Result r = run("info " + target);
+    for (const std::string& args : {"info " + path("pipe.tql"), std::string("info /dev/zero"),
+                                    "cat " + path("pipe.tql")}) {
+        SCOPED_TRACE(args);
+        const std::string target = args.substr(args.find(' ') + 1);
+        const Result r = run(args);
         EXPECT_EQ(r.status, 1);
         EXPECT_EQ(r.err, "eod: " + target + ": not a regular file\n");
     }
