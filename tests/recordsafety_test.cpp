@@ -122,6 +122,30 @@ FakeEngine::Act sendFrames(unsigned int first, unsigned int last, bool with_face
     };
 }
 
+// Frames sent one every 2 ms until the test ends, with the time each send completed.
+class StreamLog {
+public:
+    FakeEngine::Act act() {
+        return [this](Peer& peer, const std::atomic<bool>& stop) {
+            for (unsigned int n = 0; !stop; ++n) {
+                peer.send(frameBytes(n));
+                std::lock_guard<std::mutex> lock(_mutex);
+                _sent.push_back(Clock::now());
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            }
+        };
+    }
+    // How many frames had been sent before `t`.
+    std::size_t sentBefore(Clock::time_point t) {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return static_cast<std::size_t>(std::lower_bound(_sent.begin(), _sent.end(), t) - _sent.begin());
+    }
+
+private:
+    std::mutex _mutex;
+    std::vector<Clock::time_point> _sent;
+};
+
 // Keeps the connection open, sending nothing, until the test ends.
 void waitForEnd(const std::atomic<bool>& stop) {
     while (!stop) std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -331,22 +355,11 @@ TEST_F(EodTool, AKilledRecorderKeepsEveryFrameOlderThanOneFlushInterval) {
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
         const std::string dir = path("rec" + std::to_string(round));
-        std::mutex mutex;
-        std::vector<Clock::time_point> sent;
-        FakeEngine engine([&](Peer& peer, const std::atomic<bool>& stop) {
-            for (unsigned int n = 0; !stop; ++n) {
-                peer.send(frameBytes(n));
-                std::lock_guard<std::mutex> lock(mutex);
-                sent.push_back(Clock::now());
-                std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            }
-        });
+        StreamLog stream;
+        FakeEngine engine(stream.act());
         const pid_t pid = spawnEod({"record", "--flush-interval", std::to_string(flush_interval),
                                     "--connect", engine.address(), "--out", dir});
-        const auto streaming = [&] {
-            std::lock_guard<std::mutex> lock(mutex);
-            return !sent.empty();
-        };
+        const auto streaming = [&] { return stream.sentBefore(Clock::now()) > 0; };
         for (int wait = 0; wait < 500 && !streaming(); ++wait) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
@@ -354,13 +367,9 @@ TEST_F(EodTool, AKilledRecorderKeepsEveryFrameOlderThanOneFlushInterval) {
         ::kill(pid, SIGKILL);
         const Clock::time_point killed = Clock::now();
         ASSERT_EQ(::waitpid(pid, nullptr, 0), pid);
-        std::size_t must_have = 0;
-        {
-            std::lock_guard<std::mutex> lock(mutex);
-            const auto old_enough = killed - std::chrono::duration_cast<Clock::duration>(
-                                                 std::chrono::duration<double>(flush_interval)) - slack;
-            while (must_have < sent.size() && sent[must_have] < old_enough) ++must_have;
-        }
+        const std::size_t must_have = stream.sentBefore(
+            killed - std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(flush_interval)) -
+            slack);
         ASSERT_GT(must_have, 0u);
         const Replay logs = replay(dir);
         ASSERT_GE(logs.frames.size(), must_have);
@@ -377,16 +386,8 @@ TEST_F(EodTool, AKilledRecorderKeepsEveryFrameOlderThanOneFlushInterval) {
 // SIGTERM while frames stream in: the recorder flushes, exits 0, and the logs hold every
 // frame sent before the signal (loopback delivers them within a few milliseconds).
 TEST_F(EodTool, ASignalStopsTheRecorderWithEveryFrameOnDisk) {
-    std::mutex mutex;
-    std::vector<Clock::time_point> sent;
-    FakeEngine engine([&](Peer& peer, const std::atomic<bool>& stop) {
-        for (unsigned int n = 0; !stop; ++n) {
-            peer.send(frameBytes(n));
-            std::lock_guard<std::mutex> lock(mutex);
-            sent.push_back(Clock::now());
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-    });
+    StreamLog stream;
+    FakeEngine engine(stream.act());
     // A flush interval far beyond the test: only the stop itself can flush.
     const pid_t pid = spawnEod({"record", "--flush-interval", "100", "--connect", engine.address(),
                                 "--out", path("rec")});
@@ -397,13 +398,7 @@ TEST_F(EodTool, ASignalStopsTheRecorderWithEveryFrameOnDisk) {
     ASSERT_EQ(::waitpid(pid, &status, 0), pid);
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
-    std::size_t must_have = 0;
-    {
-        std::lock_guard<std::mutex> lock(mutex);
-        while (must_have < sent.size() && sent[must_have] < signalled - std::chrono::milliseconds(50)) {
-            ++must_have;
-        }
-    }
+    const std::size_t must_have = stream.sentBefore(signalled - std::chrono::milliseconds(50));
     const Replay logs = replay(path("rec"));
     EXPECT_FALSE(logs.torn);
     EXPECT_GT(must_have, 0u);
