@@ -262,13 +262,24 @@ TEST_F(EodTool, RecordThatGetsNoFrameSaysWhatItSawAndLeavesNothing) {
     const std::vector<Case> cases = {
         {"silent", [](Peer&, const std::atomic<bool>&) {},
          "the engine closed the connection: no frame received: 0 bytes received, 0 records of "
-         "other ids, 0 bytes that are no whole record"},
+         "other ids, 0 bytes left undecoded"},
         {"other ids",
          [](Peer& peer, const std::atomic<bool>&) {
              peer.send(Bytes{50, 0, 2, 1, 2, 0, 0, 0, 0, 0, 0, 50, 0, 9});
          },
          "the engine closed the connection: no frame received: 14 bytes received, 3 records "
-         "of other ids (0, 50), 3 bytes that are no whole record"},
+         "of other ids (0, 50), 3 bytes left undecoded"},
+        {"undecodable",
+         [](Peer& peer, const std::atomic<bool>&) {
+             // A frame whose header announces one byte less than its fields take.
+             Bytes broken;
+             tq::eod::EngineOutputData().serialize(broken);
+             broken[2] -= 1;
+             broken.pop_back();
+             peer.send(broken);
+         },
+         "SerializableFactory::newObject - could not unSerialize object: no frame received: 8 "
+         "bytes received, 0 records of other ids, 8 bytes left undecoded"},
         {"idle", [](Peer&, const std::atomic<bool>& stop) { waitForEnd(stop); },
          "idle: no frame received: 0 bytes received"},
     };

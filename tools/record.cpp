@@ -127,7 +127,8 @@ std::string nothingRecorded(const EngineOutputDataTcpClient& client) {
     }
     text << ", " << other << " records of other ids";
     if (other > 0) text << " (" << ids.str() << ')';
-    text << ", " << client.bufferedBytes() << " bytes that are no whole record";
+    // An undecodable record, or the start of one that never completed.
+    text << ", " << client.bufferedBytes() << " bytes left undecoded";
     return text.str();
 }
 
@@ -196,8 +197,11 @@ int runRecord(const RecordOptions& options) {
                 logs.open(ids);
             }
             logs.write(*frame, ids.empty());
+            // Where the frame's record began in the stream (the end of what was decoded, less
+            // its own size).
             const std::uint64_t end = client.bytesReceived() - client.bufferedBytes();
-            ledger.addFrame(frame->frameNum(), end - frame->numTotalBytes());
+            const std::uint64_t size = frame->numTotalBytes();
+            ledger.addFrame(frame->frameNum(), end >= size ? end - size : 0);
             ++received;
             if (progress && received % 60 == 0) std::cerr << "\rreceived " << received << " frames";
             if (options.frames > 0 && received >= options.frames) {
