@@ -38,7 +38,7 @@ const std::size_t kChunkSize = 1 << 20;
 // and a record that is skipped costs a seek only when it reaches beyond the window.
 class Window {
 public:
-    explicit Window(std::istream& in) : _in(in) {}
+    Window(std::istream& in, std::uint64_t size) : _in(in), _size(size) {}
 
     // Makes the bytes [offset, offset + n) readable at bytes()[index(offset)]; false when the
     // stream ends first.
@@ -54,7 +54,9 @@ public:
             _start = offset;
         }
         while (end() < offset + n) {
-            const std::size_t want = std::max<std::size_t>(kChunkSize, offset + n - end());
+            // A chunk at a time, but no room for bytes past the end of the stream.
+            const std::size_t want = static_cast<std::size_t>(std::max<std::uint64_t>(
+                offset + n - end(), std::min<std::uint64_t>(kChunkSize, _size > end() ? _size - end() : 0)));
             const std::size_t old_size = _bytes.size();
             _bytes.resize(old_size + want);
             _in.read(reinterpret_cast<char*>(_bytes.data() + old_size), static_cast<std::streamsize>(want));
@@ -72,6 +74,7 @@ private:
     std::uint64_t end() const { return _start + _bytes.size(); }
 
     std::istream& _in;
+    std::uint64_t _size;
     std::vector<unsigned char> _bytes;
     std::uint64_t _start = 0;
 };
@@ -112,7 +115,7 @@ FileScan scanRecordStream(std::istream& in, std::uint64_t size, const std::strin
     FileScan scan;
     scan.path = path;
     scan.size = size;
-    Window window(in);
+    Window window(in, size);
     Registered registered;
     std::uint64_t offset = 0;
     while (offset < size) {
