@@ -1,6 +1,7 @@
 // eod: record, replay, inspect and convert the frames of a face- and eye-tracking engine.
 // Exit status: 0 success, 1 runtime failure (one line on stderr), 2 usage error.
 
+#include <filesystem>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
@@ -69,18 +70,38 @@ int main(int argc, char** argv) {
     record_frames->excludes(record_seconds);
     record_cmd->add_option("--idle", record.idle, "Stop when nothing arrives for this many seconds")
         ->check(CLI::PositiveNumber);
+    record_cmd->add_flag("--overwrite", record.overwrite,
+                         "Replace the log files of an earlier session in the directory");
+    record_cmd->add_option("--flush-interval", record.flush_interval,
+                           "Seconds between two flushes of the logs to the system (default 1)")
+        ->check(CLI::PositiveNumber);
+    record_cmd->add_flag("--fsync", record.fsync, "Force every flush to the disk as well");
+
+    // compress and decompress convert one file; a directory (a log recording) is a usage
+    // error rather than an empty or partial output.
+    const CLI::Validator not_a_directory(
+        [](std::string& path) {
+            std::error_code ec;
+            return std::filesystem::is_directory(path, ec) ? path + ": is a directory, give a file"
+                                                           : std::string();
+        },
+        "FILE");
 
     ConvertOptions compress;
     CLI::App* compress_cmd =
         app.add_subcommand("compress", "Raw record file to a zlib record stream file");
-    compress_cmd->add_option("IN", compress.in, "Raw record file")->required();
-    compress_cmd->add_option("OUT", compress.out, "Compressed file to write")->required();
+    compress_cmd->add_option("IN", compress.in, "Raw record file")->required()->check(not_a_directory);
+    compress_cmd->add_option("OUT", compress.out, "Compressed file to write")
+        ->required()
+        ->check(not_a_directory);
 
     ConvertOptions decompress;
     CLI::App* decompress_cmd =
         app.add_subcommand("decompress", "Zlib record stream file back to a raw record file");
-    decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required();
-    decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")->required();
+    decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required()->check(not_a_directory);
+    decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")
+        ->required()
+        ->check(not_a_directory);
 
     ConvertOptions upgrade;
     CLI::App* upgrade_cmd = app.add_subcommand(
