@@ -152,21 +152,26 @@ template <class T>
 T readNumber(const Bytes& buffer, int& read_pos) {
     static_assert(std::is_arithmetic<T>::value, "numbers only");
     using U = typename UnsignedOfSize<sizeof(T)>::type;
-    checkReadPos(buffer, read_pos, static_cast<int>(sizeof(T)));
-    const unsigned char* p = buffer.data() + read_pos;
     U bits;
-    if constexpr (sizeof(T) == 1) {
-        bits = p[0];
-    } else if constexpr (sizeof(T) == 2) {
-        bits = loadU16(p);
-    } else if constexpr (sizeof(T) == 4) {
-        bits = loadU32(p);
+    if constexpr (sizeof(T) == 8) {
+        // Read as two 4-byte numbers, high half first, each checked on its own: when only
+        // the high half is there it is consumed and the position stays after it.
+        const std::uint64_t high = readNumber<std::uint32_t>(buffer, read_pos);
+        bits = (high << 32) | readNumber<std::uint32_t>(buffer, read_pos);
     } else {
-        bits = loadU64(p);
+        checkReadPos(buffer, read_pos, static_cast<int>(sizeof(T)));
+        const unsigned char* p = buffer.data() + read_pos;
+        if constexpr (sizeof(T) == 1) {
+            bits = p[0];
+        } else if constexpr (sizeof(T) == 2) {
+            bits = loadU16(p);
+        } else {
+            bits = loadU32(p);
+        }
+        read_pos += static_cast<int>(sizeof(T));
     }
     T value;
     std::memcpy(&value, &bits, sizeof value);
-    read_pos += static_cast<int>(sizeof(T));
     return value;
 }
 

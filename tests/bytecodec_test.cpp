@@ -170,10 +170,14 @@ TEST(ByteCodec, CheckReadPos) {
     EXPECT_EQ(serializableError([&] { detail::readNumber<int>(b, read_pos); }),
               "Serializable::checkReadPos() - Attempt to read past end of buffer.");
     EXPECT_EQ(read_pos, 4);
-    // An 8-byte number needs both halves present.
-    read_pos = 0;
-    EXPECT_EQ(serializableError([&] { detail::readNumber<double>(b, read_pos); }),
-              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    // An 8-byte number is checked a 4-byte half at a time: a missing low half fails after
+    // the high half was consumed, a missing high half before anything moved.
+    for (const auto& [start, after] : {std::pair<int, int>{0, 4}, {3, 3}}) {
+        read_pos = start;
+        EXPECT_EQ(serializableError([&] { detail::readNumber<double>(b, read_pos); }),
+                  "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+        EXPECT_EQ(read_pos, after);
+    }
     // A position near INT_MAX must not wrap round into the buffer.
     EXPECT_EQ(serializableError([&] { detail::checkReadPos(b, INT_MAX, 4); }),
               "Serializable::checkReadPos() - Attempt to read past end of buffer.");
