@@ -179,6 +179,7 @@ std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(
             "EngineOutputDataFileReader::logFilesInDir - No logfiles found in " + narrow_search);
     }
     std::sort(files.begin(), files.end());
+    std::sort(skipped.begin(), skipped.end());
     return files;
 }
 
