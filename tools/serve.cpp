@@ -1,5 +1,6 @@
-// `eod serve (PATH | --synthetic) --port P [--rate HZ] [--loop]`: act as an engine and
-// stream frames over TCP, one encoded frame after another, to every client that connects.
+// `eod serve (PATH | --synthetic) --port P [--host ADDR] [--rate HZ] [--loop] [--frames N]
+// [--ids LIST]`: act as an engine and stream frames over TCP, one encoded frame after another,
+// to every client that connects.
 // Streaming starts when the first client connects, so that client sees every frame;
 // later clients join mid-stream. A client that cannot keep up for a second is dropped,
 // since a frame cut short would spoil the rest of its stream.
@@ -77,22 +78,23 @@ void acceptClients(TcpSocket& listener, std::vector<std::unique_ptr<TcpSocket>>&
 }  // namespace
 
 int runServe(const ServeOptions& options) {
-    if (!options.synthetic && options.path.empty()) {
-        throw ToolError("serve: give a recording PATH or --synthetic");
-    }
     std::unique_ptr<FrameSource> source = openSource(options);
+    const std::vector<char> ids(options.ids.begin(), options.ids.end());
 
     TcpSocket listener;
-    const std::string where = "port " + std::to_string(options.port);
+    const std::string where = options.host + " port " + std::to_string(options.port);
+    tq::eod::io::InetAddress address(options.port);
+    if (!address.setHost(options.host)) throw ToolError(options.host + ": unknown host");
     try {
         listener.open();
         listener.setSocketFlag(TcpSocket::FLAG_REUSE_ADDRESS, true);
-        listener.bind(tq::eod::io::InetAddress(options.port));
+        listener.bind(address);
         listener.listen();
     } catch (const tq::eod::EODError& e) {
         throw ToolError(where + ": " + e.what());
     }
-    std::cerr << "eod serve: listening on port " << listener.getLocalAddress().getPort() << '\n';
+    std::cerr << "eod serve: listening on port " << listener.getLocalAddress().getPort() << " ("
+              << options.host << ")\n";
 
     std::vector<std::unique_ptr<TcpSocket>> clients;
     while (clients.empty()) acceptClients(listener, clients, 1000);
@@ -100,11 +102,12 @@ int runServe(const ServeOptions& options) {
     Pacer pacer(options.rate);
     std::vector<unsigned char> bytes;
     unsigned long long sent = 0;
-    for (;;) {
-        boost::shared_ptr<EngineOutputData> frame = source->next();
+    const FrameRange every_frame;
+    while (options.frames == 0 || sent < options.frames) {
+        boost::shared_ptr<EngineOutputData> frame = nextSelected(*source, every_frame, ids);
         if (!frame && options.loop && !options.synthetic) {
             source = openSource(options);
-            frame = source->next();
+            frame = nextSelected(*source, every_frame, ids);
         }
         if (!frame) break;
         pacer.waitFor(*frame);
