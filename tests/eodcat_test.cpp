@@ -168,3 +168,28 @@ TEST_F(EodTool, ServeListensOnTheLoopbackByDefaultAndStopsAfterFrames) {
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find(": 2 frames recorded"), std::string::npos) << r.out;
 }
+
+TEST_F(EodTool, InfoSummaryCountsIncompleteFramesAndTheFrameRate) {
+    writeMixedRecording(path("mixed.raw"));
+    const Result raw = run("info " + path("mixed.raw"));
+    ASSERT_EQ(raw.status, 0) << raw.err;
+    EXPECT_NE(raw.out.find("\nsummary:\n  frames: 3, frame numbers 10..12\n"
+                           "  duration: 2 s, mean frame rate 0.5 Hz (from 2 timing records)\n"
+                           "  incomplete frames: 2 (some record types missing; the first at frame 11)\n"),
+              std::string::npos)
+        << raw.out;
+
+    // A log directory whose timing log stops after 100 of 300 frames (36 bytes a record).
+    ASSERT_EQ(run("demo --frames 300 --out " + path("demo")).status, 0);
+    eodtest::fs::resize_file(path("demo/Timing.tql"), 100 * 36);
+    const Result dir = run("info " + path("demo"));
+    ASSERT_EQ(dir.status, 0) << dir.err;
+    EXPECT_NE(dir.out.find("\nsummary:\n  frames: 300, frame numbers 0..299\n  duration: 1.65 s, "
+                           "mean frame rate 60 Hz (from 100 timing records)\n"
+                           "  incomplete frames: 200 (some record types missing; the first at "
+                           "frame 100)\n"),
+              std::string::npos)
+        << dir.out;
+    // Not a terminal: no progress on stderr.
+    EXPECT_EQ(dir.err, "");
+}
