@@ -18,6 +18,7 @@
 #include <eod/irpodstateoutputdata.h>
 #include <eod/timingoutputdata.h>
 #include <eod/version.h>
+#include <nlohmann/json.hpp>
 
 #include "eodtoolrun.h"
 
@@ -192,4 +193,23 @@ TEST_F(EodTool, InfoSummaryCountsIncompleteFramesAndTheFrameRate) {
         << dir.out;
     // Not a terminal: no progress on stderr.
     EXPECT_EQ(dir.err, "");
+}
+
+TEST_F(EodTool, CatJsonLinesNestRecordsAndKeepFacesApart) {
+    writeMixedRecording(path("mixed.raw"));
+    const Result r = run("cat " + path("mixed.raw") + " --format jsonl");
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::istringstream lines(r.out);
+    std::vector<nlohmann::json> frames;
+    for (std::string line; std::getline(lines, line);) frames.push_back(nlohmann::json::parse(line));
+    ASSERT_EQ(frames.size(), 3u);
+    EXPECT_EQ(frames[0]["FRAME_NUM"], 10);
+    EXPECT_EQ(frames[0]["Timing"]["EXPERIMENT_TIME"], 10.5);
+    EXPECT_EQ(frames[0]["EngineState"]["IRPodState"]["IR_POS_X_2"], 10.75);
+    EXPECT_EQ(frames[0]["FaceSet"][1]["HeadV2"]["HPOS_FILT"], nlohmann::json::parse("[1001,-1,-2]"));
+    EXPECT_FALSE(frames[1].contains("Timing"));
+    EXPECT_EQ(frames[1]["FaceSet"].size(), 1u);
+    EXPECT_EQ(frames[2]["FaceSet"][0]["HeadV2"]["HPOS_FILT"][0], 1200);
+    EXPECT_FALSE(frames[2].contains("EngineState"));
+    EXPECT_EQ(run("cat " + path("mixed.raw") + " --format xml").status, 2);
 }

@@ -1,7 +1,8 @@
-// `eod cat PATH [--ids LIST] [--frames A:B]`: merged frames as one table, a header line
-// and then one tab-separated line per frame, printed by the library's OutputDataPrinter.
-// A first pass over the recording finds every record type the table needs, so that the
-// columns are fixed before the first line and never shift.
+// `eod cat PATH [--ids LIST] [--frames A:B] [--format tsv|jsonl]`: merged frames as one
+// table, a header line and then one tab-separated line per frame, printed by the library's
+// OutputDataPrinter. A first pass over the recording finds every record type the table
+// needs, so that the columns are fixed before the first line and never shift. JSON Lines
+// need no columns and no first pass.
 
 #include <iostream>
 
@@ -18,6 +19,11 @@ int runCat(const CatOptions& options) {
     const std::vector<char> ids(options.ids.begin(), options.ids.end());
 
     tq::eod::io::OutputDataPrinter printer;
+    if (options.format == "jsonl") {
+        std::unique_ptr<FrameSource> source = openRecording(options.path);
+        while (const auto frame = nextSelected(*source, range, ids)) printer.printJson(std::cout, *frame);
+        return 0;
+    }
     {
         std::unique_ptr<FrameSource> source = openRecording(options.path);
         while (const auto frame = nextSelected(*source, range, ids)) printer.addColumnsOf(*frame);

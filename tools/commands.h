@@ -23,6 +23,7 @@ struct CatOptions {
     std::string path;
     std::vector<int> ids;  // empty: every id; else kept at the top and inside face sets
     std::string frames;    // "A:B", either end may be left out; empty: all
+    std::string format = "tsv";  // or "jsonl"
 };
 
 struct ServeOptions {

@@ -103,7 +103,7 @@ std::string idsFooter() {
         text += " " + std::to_string(entry.first) + " " + entry.second + ",";
     }
     text.back() = '.';
-    return text + " `eod ids` lists them.";
+    return text + " `eod ids` lists them.\n";
 }
 
 }  // namespace
@@ -138,6 +138,8 @@ int main(int argc, char** argv) {
         ->check(logged_id);
     cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)")
         ->check(frame_range);
+    cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: a JSON object per frame")
+        ->check(CLI::IsMember({"tsv", "jsonl"}));
 
     ServeOptions serve;
     CLI::App* serve_cmd = app.add_subcommand("serve", "Stream frames over TCP like an engine");

@@ -1,10 +1,13 @@
 #include "eod/io/outputdataprinter.h"
 
 #include <cctype>
+#include <cerrno>
+#include <cstdlib>
 #include <sstream>
 #include <typeinfo>
 
 #include <boost/core/demangle.hpp>
+#include <nlohmann/json.hpp>
 
 #include <eod/io/engineoutputdatafilewriter.h>
 #include <eod/serializablecomposite.h>
@@ -61,6 +64,34 @@ std::vector<std::string> uniqueTitles(const std::string& text) {
         if (n > 1) title += "_" + std::to_string(n);
     }
     return titles;
+}
+
+// A value as JSON: a number when the whole text reads as one, else the text.
+nlohmann::ordered_json jsonValue(const std::string& text) {
+    if (!text.empty()) {
+        char* end = nullptr;
+        if (text.find_first_of(".eEnN") == std::string::npos) {
+            errno = 0;
+            const long long integer = std::strtoll(text.c_str(), &end, 10);
+            if (*end == '\0' && errno != ERANGE) return integer;
+        }
+        const double number = std::strtod(text.c_str(), &end);
+        if (*end == '\0') return number;
+    }
+    return text;
+}
+
+// Where titles[i] starts a run STEM_X, STEM_Y[, STEM_Z], the run's length; else 0.
+std::size_t vectorRun(const std::vector<std::string>& titles, std::size_t i, std::string& stem) {
+    const std::string& first = titles[i];
+    if (first.size() < 3 || first.compare(first.size() - 2, 2, "_X") != 0) return 0;
+    stem = first.substr(0, first.size() - 2);
+    std::size_t n = 1;
+    for (const char* axis : {"_Y", "_Z"}) {
+        if (i + n >= titles.size() || titles[i + n] != stem + axis) break;
+        ++n;
+    }
+    return n >= 2 ? n : 0;
 }
 
 }  // namespace
@@ -215,6 +246,48 @@ void OutputDataPrinter::printData(std::ostream& os, const EngineOutputData& fram
         for (const std::string& cell : _cells) columns << cell;
     }
     os << '\n';
+}
+
+void OutputDataPrinter::printJson(std::ostream& os, const EngineOutputData& frame) {
+    // The object of each record on the way down from the frame, innermost last.
+    nlohmann::ordered_json root = nlohmann::ordered_json::object();
+    std::vector<nlohmann::ordered_json*> path;
+    Place place;
+    walk(frame, place, "",
+         [&](const Serializable& record, const Place& at, const std::string&) {
+             path.resize(at.size());
+             nlohmann::ordered_json* object = &root;
+             if (!at.empty()) {
+                 nlohmann::ordered_json& parent = *path.back();
+                 nlohmann::ordered_json& slot = parent[recordName(record)];
+                 if (record.forbidDuplicateSiblings()) {
+                     object = &(slot = nlohmann::ordered_json::object());
+                 } else {
+                     slot.push_back(nlohmann::ordered_json::object());
+                     object = &slot.back();
+                 }
+             }
+             path.push_back(object);
+             const std::vector<std::string> titles = uniqueTitles(ownText(record, true));
+             const std::vector<std::string> values = splitColumns(ownText(record, false));
+             if (values.size() != titles.size()) {
+                 throw SerializableError(
+                     "OutputDataPrinter::printJson - values do not match the column titles of " +
+                     recordName(record));
+             }
+             for (std::size_t i = 0; i < titles.size(); ++i) {
+                 std::string stem;
+                 const std::size_t run = vectorRun(titles, i, stem);
+                 if (run == 0) {
+                     (*object)[titles[i]] = jsonValue(values[i]);
+                     continue;
+                 }
+                 nlohmann::ordered_json& vector = (*object)[stem] = nlohmann::ordered_json::array();
+                 for (std::size_t k = 0; k < run; ++k) vector.push_back(jsonValue(values[i + k]));
+                 i += run - 1;
+             }
+         });
+    os << root.dump() << '\n';
 }
 
 }  // namespace io

@@ -24,6 +24,14 @@
 // record repeats gets "_2", "_3" from its second occurrence ("IRPodState.IR_POS_X_2").
 //
 // Values are the records' own text output (printOwnData/printLine), unchanged.
+//
+// The same frames as JSON Lines (printJson), one object per frame, for tools that do not
+// read tables: "FRAME_NUM", then each sub-record as a nested object under its record name,
+// with its own column titles (made unique as above) as field names. Records of which a
+// parent may hold several (face sets, gaze intersections) are arrays of objects in their
+// stored order. Titles STEM_X, STEM_Y (and STEM_Z) in a row become one array "STEM".
+// Values that read as numbers are numbers (a NaN or infinity is null), the rest strings.
+// No columns are involved: printJson needs neither addColumnsOf nor printHeader.
 
 #include <cstddef>
 #include <map>
@@ -57,6 +65,9 @@ public:
     // column titles of <name>" when a record prints a different number of values than
     // titles (a value holding a tab).
     void printData(std::ostream& os, const EngineOutputData& frame);
+
+    // Writes the frame as one line of JSON (with its end of line).
+    void printJson(std::ostream& os, const EngineOutputData& frame);
 
 private:
     // One record type at one place in the frame: its column titles and where they start.
