@@ -26,8 +26,9 @@ namespace {
 
 // A record's own columns, titles or values, in the column form every record prints: a
 // composite's own part only (its sub-records are visited one by one), a leaf record whole.
-std::string ownText(const Serializable& record, bool titles) {
-    std::ostringstream os;
+// `os` is reused from call to call: making a stream costs more than printing a record.
+std::string ownText(std::ostringstream& os, const Serializable& record, bool titles) {
+    os.str(std::string());
     eod::detail::TextLine line(os);
     if (const auto* composite = dynamic_cast<const SerializableComposite*>(&record)) {
         if (titles) {
@@ -145,7 +146,7 @@ void OutputDataPrinter::requireOpen() const {
 OutputDataPrinter::Group& OutputDataPrinter::learn(const Serializable& record, const Place& place,
                                                    const std::string& prefix) {
     Group& group = _groups[place];
-    const std::string text = ownText(record, true);
+    const std::string text = ownText(_text, record, true);
     if (group.prefix.empty()) group.prefix = prefix;
     if (text == group.seen_titles) return group;
     // Records whose titles vary from frame to frame get the union, in order of appearance.
@@ -213,7 +214,7 @@ void OutputDataPrinter::printData(std::ostream& os, const EngineOutputData& fram
     walk(frame, place, "",
          [this](const Serializable& record, const Place& at, const std::string& prefix) {
              const auto found = _groups.find(at);
-             const std::string titles = ownText(record, true);
+             const std::string titles = ownText(_text, record, true);
              EOD_REQUIRE(found != _groups.end() || titles.empty(),
                          "no column for the record " + prefix);
              if (found == _groups.end()) return;
@@ -230,7 +231,7 @@ void OutputDataPrinter::printData(std::ostream& os, const EngineOutputData& fram
                  }
                  group.seen_titles = titles;
              }
-             const std::vector<std::string> values = splitColumns(ownText(record, false));
+             const std::vector<std::string> values = splitColumns(ownText(_text, record, false));
              if (values.size() != group.seen_columns.size()) {
                  throw SerializableError(
                      "OutputDataPrinter::printData - values do not match the column titles of " +
@@ -268,8 +269,8 @@ void OutputDataPrinter::printJson(std::ostream& os, const EngineOutputData& fram
                  }
              }
              path.push_back(object);
-             const std::vector<std::string> titles = uniqueTitles(ownText(record, true));
-             const std::vector<std::string> values = splitColumns(ownText(record, false));
+             const std::vector<std::string> titles = uniqueTitles(ownText(_text, record, true));
+             const std::vector<std::string> values = splitColumns(ownText(_text, record, false));
              if (values.size() != titles.size()) {
                  throw SerializableError(
                      "OutputDataPrinter::printJson - values do not match the column titles of " +

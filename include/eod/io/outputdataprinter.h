@@ -36,6 +36,7 @@
 #include <cstddef>
 #include <map>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,7 @@ private:
     std::size_t _num_columns = 0;
     bool _fixed = false;
     std::vector<std::string> _cells;
+    std::ostringstream _text;
 };
 
 }  // namespace io
