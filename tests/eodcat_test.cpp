@@ -76,8 +76,8 @@ TEST_F(EodTool, CatTableLoadsIntoPandasWithEveryValueInItsColumn) {
            "assert list(t.columns[:2]) == cols[:2], list(t.columns)\n"
            "for _, row in t.iterrows(): print(' '.join(str(row[c]) for c in cols))\n";
     // Debian's interpreter, the one python3-pandas is installed for.
-    const std::string python = "/usr/bin/python3 " + path("check.py") + " " + path("table.tsv") + " >" +
-                               path("cells") + " 2>" + path("python.err");
+    const std::string python = "/usr/bin/python3 " + path("check.py") + " " + path("table.tsv") +
+                               " >" + path("cells") + " 2>" + path("python.err");
     ASSERT_EQ(std::system(python.c_str()), 0) << eodtest::readText(path("python.err"));
     EXPECT_EQ(eodtest::readText(path("cells")),
               "10.0 10.5 10.25 10.75 1000.0 1001.0 -1.0\n"
@@ -164,8 +164,10 @@ TEST_F(EodTool, ServeListensOnTheLoopbackByDefaultAndStopsAfterFrames) {
         said = eodtest::readText(path("serve.err"));
     }
     ASSERT_NE(said.find(" (127.0.0.1)\n"), std::string::npos) << said;
-    const std::string port = said.substr(said.find("port ") + 5, said.find(" (") - said.find("port ") - 5);
-    const Result r = run("record --connect 127.0.0.1:" + port + " --out " + path("rec") + " --idle 2");
+    const std::string port =
+        said.substr(said.find("port ") + 5, said.find(" (") - said.find("port ") - 5);
+    const Result r =
+        run("record --connect 127.0.0.1:" + port + " --out " + path("rec") + " --idle 2");
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find(": 2 frames recorded"), std::string::npos) << r.out;
 }
@@ -174,10 +176,11 @@ TEST_F(EodTool, InfoSummaryCountsIncompleteFramesAndTheFrameRate) {
     writeMixedRecording(path("mixed.raw"));
     const Result raw = run("info " + path("mixed.raw"));
     ASSERT_EQ(raw.status, 0) << raw.err;
-    EXPECT_NE(raw.out.find("\nsummary:\n  frames: 3, frame numbers 10..12\n"
-                           "  duration: 2 s, mean frame rate 0.5 Hz (from 2 timing records)\n"
-                           "  incomplete frames: 2 (some record types missing; the first at frame 11)\n"),
-              std::string::npos)
+    EXPECT_NE(
+        raw.out.find("\nsummary:\n  frames: 3, frame numbers 10..12\n"
+                     "  duration: 2 s, mean frame rate 0.5 Hz (from 2 timing records)\n"
+                     "  incomplete frames: 2 (some record types missing; the first at frame 11)\n"),
+        std::string::npos)
         << raw.out;
 
     // A log directory whose timing log stops after 100 of 300 frames (36 bytes a record).
@@ -201,12 +204,14 @@ TEST_F(EodTool, CatJsonLinesNestRecordsAndKeepFacesApart) {
     ASSERT_EQ(r.status, 0) << r.err;
     std::istringstream lines(r.out);
     std::vector<nlohmann::json> frames;
-    for (std::string line; std::getline(lines, line);) frames.push_back(nlohmann::json::parse(line));
+    for (std::string line; std::getline(lines, line);)
+        frames.push_back(nlohmann::json::parse(line));
     ASSERT_EQ(frames.size(), 3u);
     EXPECT_EQ(frames[0]["FRAME_NUM"], 10);
     EXPECT_EQ(frames[0]["Timing"]["EXPERIMENT_TIME"], 10.5);
     EXPECT_EQ(frames[0]["EngineState"]["IRPodState"]["IR_POS_X_2"], 10.75);
-    EXPECT_EQ(frames[0]["FaceSet"][1]["HeadV2"]["HPOS_FILT"], nlohmann::json::parse("[1001,-1,-2]"));
+    EXPECT_EQ(frames[0]["FaceSet"][1]["HeadV2"]["HPOS_FILT"],
+              nlohmann::json::parse("[1001,-1,-2]"));
     EXPECT_FALSE(frames[1].contains("Timing"));
     EXPECT_EQ(frames[1]["FaceSet"].size(), 1u);
     EXPECT_EQ(frames[2]["FaceSet"][0]["HeadV2"]["HPOS_FILT"][0], 1200);

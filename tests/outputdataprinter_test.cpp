@@ -60,13 +60,15 @@ TEST(OutputDataPrinter, WithoutFramesTheHeaderIsTheFrameNumber) {
 TEST(OutputDataPrinter, CallsOutOfOrderAndFramesThatDoNotFitAreUsageErrors) {
     OutputDataPrinter printer;
     std::ostringstream os;
-    expectUsageError([&] { printer.printData(os, EngineOutputData()); }, "printHeader must come first");
+    expectUsageError([&] { printer.printData(os, EngineOutputData()); },
+                     "printHeader must come first");
     expectUsageError([&] { printer.addColumnsOf(4); }, "object id is not registered");
     printer.addColumnsOf(EngineOutputData());
     printer.printHeader(os);
     expectUsageError([&] { printer.addColumnsOf(timedFrame(1)); },
                      "the columns are fixed once the header is printed");
     const std::string before = os.str();
-    expectUsageError([&] { printer.printData(os, timedFrame(1)); }, "no column for the record Timing.");
+    expectUsageError([&] { printer.printData(os, timedFrame(1)); },
+                     "no column for the record Timing.");
     EXPECT_EQ(os.str(), before);
 }

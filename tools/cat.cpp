@@ -21,7 +21,8 @@ int runCat(const CatOptions& options) {
     tq::eod::io::OutputDataPrinter printer;
     if (options.format == "jsonl") {
         std::unique_ptr<FrameSource> source = openRecording(options.path);
-        while (const auto frame = nextSelected(*source, range, ids)) printer.printJson(std::cout, *frame);
+        while (const auto frame = nextSelected(*source, range, ids))
+            printer.printJson(std::cout, *frame);
         return 0;
     }
     {
@@ -30,7 +31,8 @@ int runCat(const CatOptions& options) {
     }
     printer.printHeader(std::cout);
     std::unique_ptr<FrameSource> source = openRecording(options.path);
-    while (const auto frame = nextSelected(*source, range, ids)) printer.printData(std::cout, *frame);
+    while (const auto frame = nextSelected(*source, range, ids))
+        printer.printData(std::cout, *frame);
     return 0;
 }
 

@@ -46,7 +46,8 @@ std::vector<std::pair<int, std::string>> logNames() {
     std::vector<std::pair<int, std::string>> names;
     for (int id = 0; id <= 127; ++id) {
         if (!hasLogName(static_cast<char>(id))) continue;
-        const std::wstring name = EngineOutputDataFileWriter::objectIDToFileName(static_cast<char>(id));
+        const std::wstring name =
+            EngineOutputDataFileWriter::objectIDToFileName(static_cast<char>(id));
         names.emplace_back(id, std::string(name.begin(), name.end()));
     }
     return names;

@@ -131,14 +131,15 @@ int main(int argc, char** argv) {
     info_cmd->add_option("PATH", info.path, "Log directory, log file or raw record file")->required();
 
     CatOptions cat;
-    CLI::App* cat_cmd = app.add_subcommand("cat", "Print merged frames as tab-separated columns");
+    CLI::App* cat_cmd = app.add_subcommand(
+        "cat", "Print merged frames as one tab-separated table or as JSON Lines");
     cat_cmd->add_option("PATH", cat.path, "Log directory, log file or raw record file")->required();
     cat_cmd->add_option("--ids", cat.ids, "Object ids to keep (comma-separated)")
         ->delimiter(',')
         ->check(logged_id);
     cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)")
         ->check(frame_range);
-    cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: a JSON object per frame")
+    cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: JSON Lines")
         ->check(CLI::IsMember({"tsv", "jsonl"}));
 
     ServeOptions serve;
@@ -153,7 +154,8 @@ int main(int argc, char** argv) {
         }
     });
     serve_cmd->add_option("--host", serve.host,
-                          "Address to listen on (default 127.0.0.1; 0.0.0.0: every interface)");    serve_cmd->add_option("--port", serve.port, "TCP port (0: any free port)")
+                          "Address to listen on (default 127.0.0.1; 0.0.0.0: every interface)");
+    serve_cmd->add_option("--port", serve.port, "TCP port (0: any free port)")
         ->required()
         ->check(CLI::Range(0, 65535));
     serve_cmd->add_option("--rate", serve.rate, "Frames per second (default: the recording's pace)")

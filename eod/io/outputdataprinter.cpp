@@ -125,7 +125,8 @@ const std::string& OutputDataPrinter::recordName(const Serializable& record) {
     if (known != _names.end()) return known->second;
     std::string name;
     try {
-        name = detail::narrowPath(EngineOutputDataFileWriter::objectIDToFileName(record.objectID()));
+        name =
+            detail::narrowPath(EngineOutputDataFileWriter::objectIDToFileName(record.objectID()));
     } catch (const EngineOutputDataFileError&) {
         name = boost::core::demangle(typeid(record).name());
         const std::string::size_type colon = name.rfind("::");
@@ -133,7 +134,8 @@ const std::string& OutputDataPrinter::recordName(const Serializable& record) {
         const std::string::size_type suffix = name.find("OutputData");
         if (suffix != std::string::npos) name.erase(suffix, 10);
         // Classes that serve several ids (feature sets, points, rectangles) say which one.
-        const boost::shared_ptr<Serializable> sample = SerializableFactory::newObject(record.objectID());
+        const boost::shared_ptr<Serializable> sample =
+            SerializableFactory::newObject(record.objectID());
         if (!sample || typeid(*sample) != typeid(record)) name += "_" + std::to_string(id);
     }
     return _names.emplace(id, name).first->second;
@@ -254,40 +256,39 @@ void OutputDataPrinter::printJson(std::ostream& os, const EngineOutputData& fram
     nlohmann::ordered_json root = nlohmann::ordered_json::object();
     std::vector<nlohmann::ordered_json*> path;
     Place place;
-    walk(frame, place, "",
-         [&](const Serializable& record, const Place& at, const std::string&) {
-             path.resize(at.size());
-             nlohmann::ordered_json* object = &root;
-             if (!at.empty()) {
-                 nlohmann::ordered_json& parent = *path.back();
-                 nlohmann::ordered_json& slot = parent[recordName(record)];
-                 if (record.forbidDuplicateSiblings()) {
-                     object = &(slot = nlohmann::ordered_json::object());
-                 } else {
-                     slot.push_back(nlohmann::ordered_json::object());
-                     object = &slot.back();
-                 }
-             }
-             path.push_back(object);
-             const std::vector<std::string> titles = uniqueTitles(ownText(_text, record, true));
-             const std::vector<std::string> values = splitColumns(ownText(_text, record, false));
-             if (values.size() != titles.size()) {
-                 throw SerializableError(
-                     "OutputDataPrinter::printJson - values do not match the column titles of " +
-                     recordName(record));
-             }
-             for (std::size_t i = 0; i < titles.size(); ++i) {
-                 std::string stem;
-                 const std::size_t run = vectorRun(titles, i, stem);
-                 if (run == 0) {
-                     (*object)[titles[i]] = jsonValue(values[i]);
-                     continue;
-                 }
-                 nlohmann::ordered_json& vector = (*object)[stem] = nlohmann::ordered_json::array();
-                 for (std::size_t k = 0; k < run; ++k) vector.push_back(jsonValue(values[i + k]));
-                 i += run - 1;
-             }
-         });
+    walk(frame, place, "", [&](const Serializable& record, const Place& at, const std::string&) {
+        path.resize(at.size());
+        nlohmann::ordered_json* object = &root;
+        if (!at.empty()) {
+            nlohmann::ordered_json& parent = *path.back();
+            nlohmann::ordered_json& slot = parent[recordName(record)];
+            if (record.forbidDuplicateSiblings()) {
+                object = &(slot = nlohmann::ordered_json::object());
+            } else {
+                slot.push_back(nlohmann::ordered_json::object());
+                object = &slot.back();
+            }
+        }
+        path.push_back(object);
+        const std::vector<std::string> titles = uniqueTitles(ownText(_text, record, true));
+        const std::vector<std::string> values = splitColumns(ownText(_text, record, false));
+        if (values.size() != titles.size()) {
+            throw SerializableError(
+                "OutputDataPrinter::printJson - values do not match the column titles of " +
+                recordName(record));
+        }
+        for (std::size_t i = 0; i < titles.size(); ++i) {
+            std::string stem;
+            const std::size_t run = vectorRun(titles, i, stem);
+            if (run == 0) {
+                (*object)[titles[i]] = jsonValue(values[i]);
+                continue;
+            }
+            nlohmann::ordered_json& vector = (*object)[stem] = nlohmann::ordered_json::array();
+            for (std::size_t k = 0; k < run; ++k) vector.push_back(jsonValue(values[i + k]));
+            i += run - 1;
+        }
+    });
     os << root.dump() << '\n';
 }
 
