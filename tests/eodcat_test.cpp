@@ -149,9 +149,10 @@ TEST_F(EodTool, UsageErrorsExitTwoNamingTheArgument) {
 
 TEST_F(EodTool, ServeListensOnTheLoopbackByDefaultAndStopsAfterFrames) {
     writeMixedRecording(path("mixed.raw"));
-    // Three frames, --frames 2: a recorder gets two and sees the connection close.
+    // Two of the three frames have timing (--ids 10), and --frames 2 stops after them: a
+    // recorder gets both, timing only, and sees the connection close.
     const std::string serve = std::string(EOD_TOOL_PATH) + " serve " + path("mixed.raw") +
-                              " --port 0 --frames 2 --rate 1000 2>" + path("serve.err") +
+                              " --port 0 --frames 2 --ids 10 --rate 1000 2>" + path("serve.err") +
                               " >/dev/null </dev/null & echo $! >" + path("serve.pid");
     ASSERT_EQ(std::system(serve.c_str()), 0);
     struct Stop {
@@ -170,6 +171,12 @@ TEST_F(EodTool, ServeListensOnTheLoopbackByDefaultAndStopsAfterFrames) {
         run("record --connect 127.0.0.1:" + port + " --out " + path("rec") + " --idle 2");
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find(": 2 frames recorded"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("frame numbers 10..12"), std::string::npos) << r.out;
+    std::vector<std::string> logs;
+    for (const auto& entry : eodtest::fs::directory_iterator(path("rec"))) {
+        logs.push_back(entry.path().filename().string());
+    }
+    EXPECT_EQ(logs, std::vector<std::string>{"Timing.tql"});
 }
 
 TEST_F(EodTool, InfoSummaryCountsIncompleteFramesAndTheFrameRate) {

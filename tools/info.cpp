@@ -51,7 +51,7 @@ void printScan(std::ostream& os, const FileScan& scan, const std::string& indent
     scan.ledger.print(os, indent + "  ");
 }
 
-// Reads over this many bytes say how far they are, when someone watches stderr.
+// Reads over this many bytes show progress, when someone watches stderr.
 const std::uint64_t kProgressBytes = 4u << 20;
 
 // What the summary says beyond the ledger.
@@ -143,10 +143,14 @@ int runInfo(const InfoOptions& options) {
     if (ec || !fs::exists(status)) throw ToolError(options.path + ": no such file or directory");
 
     if (!fs::is_directory(status)) {
+        const bool progress =
+            fs::file_size(options.path, ec) > kProgressBytes && isatty(STDERR_FILENO) != 0;
+        if (progress) std::cerr << "reading " << options.path << " twice..." << std::flush;
         const FileScan scan = scanRecordFile(options.path);
-        requireRecords(scan);
         Summary summary;
-        readFrames(options.path, summary, true);
+        if (scan.known_records > 0) readFrames(options.path, summary, true);
+        if (progress) std::cerr << "\r\x1b[K" << std::flush;
+        requireRecords(scan);
         std::cout << options.path << ": record file, " << scan.size << " bytes, " << scan.records
                   << " records\n";
         printSummary(std::cout, scan.ledger, summary);
