@@ -21,14 +21,17 @@ struct InfoOptions {
 
 struct CatOptions {
     std::string path;
-    std::vector<int> ids;  // empty: every id
+    std::vector<int> ids;  // empty: every id; else kept at the top and inside face sets
     std::string frames;    // "A:B", either end may be left out; empty: all
+    std::string format = "tsv";  // or "jsonl"
 };
 
 struct ServeOptions {
     std::string path;        // a recording, or empty with synthetic
     bool synthetic = false;
+    std::string host = "127.0.0.1";  // the address to listen on; 0.0.0.0: every interface
     int port = 0;
+    std::vector<int> ids;    // as for cat
     double rate = 0;         // frames per second; 0: the recording's own pace (60 Hz without timing)
     bool loop = false;
     unsigned int frames = 0; // stop after this many frames per client; 0: the whole source
@@ -59,6 +62,7 @@ int runRecord(const RecordOptions& options);
 int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
 int runUpgrade(const ConvertOptions& options);
+int runIds();
 
 }  // namespace eodtool
 
