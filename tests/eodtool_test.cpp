@@ -121,6 +121,20 @@ TEST_F(EodTool, CatPrintsTheHeaderThenOneTabSeparatedLinePerFrame) {
     EXPECT_EQ(frames, (std::vector<std::string>{"2", "3", "4"}));
 }
 
+TEST_F(EodTool, CatOfATornRecordingPrintsEveryGoodFrameThenFails) {
+    writeDamagedRecording(path("damaged.raw"));
+    const Result r = run("cat " + path("damaged.raw"));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err.compare(0, 5 + path("damaged.raw").size(), "eod: " + path("damaged.raw")), 0)
+        << r.err;
+    std::istringstream lines(r.out);
+    std::string line;
+    std::vector<std::string> frames;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) frames.push_back(line.substr(0, line.find('\t')));
+    EXPECT_EQ(frames, (std::vector<std::string>{"0", "1", "2", "5", "5", "3"}));
+}
+
 TEST_F(EodTool, CompressThenDecompressGivesTheRawFileBack) {
     ASSERT_EQ(run("demo --frames 50 --out " + path("demo")).status, 0);
     ASSERT_EQ(run("compress " + path("demo/FaceSet.tql") + " " + path("faces.z")).status, 0);

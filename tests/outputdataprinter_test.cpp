@@ -7,6 +7,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <eod/eyeoutputdata.h>
+#include <eod/gazeoutputdata.h>
 #include <eod/io/outputdataprinter.h>
 #include <eod/timingoutputdata.h>
 
@@ -29,7 +31,7 @@ void expectUsageError(const std::function<void()>& call, const std::string& reas
         call();
         ADD_FAILURE() << "no error, expected: " << reason;
     } catch (const std::invalid_argument& e) {
-        EXPECT_EQ(std::string(e.what()).find("eod/io/outputdataprinter.cpp:"), 0u) << e.what();
+        EXPECT_EQ(std::string(e.what()).find("eod\\io\\outputdataprinter.cpp:"), 0u) << e.what();
         EXPECT_NE(std::string(e.what()).find(reason), std::string::npos) << e.what();
     }
 }
@@ -71,4 +73,36 @@ TEST(OutputDataPrinter, CallsOutOfOrderAndFramesThatDoNotFitAreUsageErrors) {
     expectUsageError([&] { printer.printData(os, timedFrame(1)); },
                      "no column for the record Timing.");
     EXPECT_EQ(os.str(), before);
+}
+
+TEST(OutputDataPrinter, GazeRaysWithoutAVergencePointLeaveEmptyCellsNotALostLine) {
+    // Both eyes at level 3 looking straight ahead: parallel rays meet nowhere.
+    EngineOutputData frame;
+    auto gaze = boost::shared_ptr<tq::eod::GazeOutputData>(new tq::eod::GazeOutputData());
+    for (int eye : {tq::eod::RIGHT_EYE, tq::eod::LEFT_EYE}) {
+        gaze->setGazeQualityLevel(eye, tq::eod::GazeQualityLevel(3));
+        gaze->setEyeballCentre(eye, {eye == tq::eod::RIGHT_EYE ? -0.03f : 0.03f, 0.0f, 0.6f});
+    }
+    auto eye = boost::shared_ptr<tq::eod::EyeOutputData>(new tq::eod::EyeOutputData());
+    eye->addSubObject(gaze);
+    frame.addSubObject(eye);
+
+    OutputDataPrinter printer;
+    printer.addColumnsOf(frame);
+    std::ostringstream os;
+    printer.printHeader(os);
+    printer.printData(os, frame);
+    std::istringstream lines(os.str());
+    std::string header, values;
+    std::getline(lines, header);
+    std::getline(lines, values);
+    const auto cell = [](const std::string& line, std::size_t n) {
+        std::size_t start = 0;
+        for (std::size_t i = 0; i < n; ++i) start = line.find('\t', start) + 1;
+        return line.substr(start, line.find('\t', start) - start);
+    };
+    std::size_t column = 0;
+    while (cell(header, column) != "Eye.Gaze.VERGE_PNT_X") ++column;
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(cell(values, column + i), "") << i;
+    EXPECT_EQ(cell(values, column + 4), "0");  // VERGE_ANGLE
 }

@@ -1,12 +1,15 @@
-// `eod cat PATH [--ids LIST] [--frames A:B] [--format tsv|jsonl]`: merged frames as one
-// table, a header line and then one tab-separated line per frame, printed by the library's
-// OutputDataPrinter. A first pass over the recording finds every record type the table
-// needs, so that the columns are fixed before the first line and never shift. JSON Lines
-// need no columns and no first pass.
+// `eod cat PATH [--ids LIST] [--frames A:B] [--format tsv|jsonl] [--upgrade]`: merged
+// frames as one table, a header line and then one tab-separated line per frame, as the
+// library's log-to-text conversion prints it (utils::logToText, io::OutputDataPrinter). Its
+// first pass over the recording finds every record type the table needs, so that the
+// columns are fixed before the first line and never shift. JSON Lines need no columns and
+// no first pass.
 
 #include <iostream>
 
 #include <eod/io/outputdataprinter.h>
+#include <eod/upgrade.h>
+#include <eod/utils/outputdatautils.h>
 
 #include "commands.h"
 #include "framesource.h"
@@ -18,21 +21,22 @@ int runCat(const CatOptions& options) {
     const FrameRange range = parseFrameRange(options.frames).value();
     const std::vector<char> ids(options.ids.begin(), options.ids.end());
 
-    tq::eod::io::OutputDataPrinter printer;
     if (options.format == "jsonl") {
-        std::unique_ptr<FrameSource> source = openRecording(options.path);
+        tq::eod::io::OutputDataPrinter printer;
+        std::unique_ptr<FrameSource> source = openRecording(options.path, options.upgrade);
         while (const auto frame = nextSelected(*source, range, ids))
             printer.printJson(std::cout, *frame);
         return 0;
     }
-    {
-        std::unique_ptr<FrameSource> source = openRecording(options.path);
-        while (const auto frame = nextSelected(*source, range, ids)) printer.addColumnsOf(*frame);
+    requireRecordingPath(options.path);
+    try {
+        tq::eod::utils::logToText(options.path, std::cout, [&](tq::eod::EngineOutputData& frame) {
+            if (options.upgrade) tq::eod::upgrade(frame);
+            return isSelected(frame, range, ids);
+        });
+    } catch (const tq::eod::EODError& e) {
+        throw readError(options.path, e);
     }
-    printer.printHeader(std::cout);
-    std::unique_ptr<FrameSource> source = openRecording(options.path);
-    while (const auto frame = nextSelected(*source, range, ids))
-        printer.printData(std::cout, *frame);
     return 0;
 }
 

@@ -17,6 +17,7 @@ struct DemoOptions {
 
 struct InfoOptions {
     std::string path;
+    bool upgrade = false;  // count record types as in the current layout
 };
 
 struct CatOptions {
@@ -24,6 +25,7 @@ struct CatOptions {
     std::vector<int> ids;  // empty: every id; else kept at the top and inside face sets
     std::string frames;    // "A:B", either end may be left out; empty: all
     std::string format = "tsv";  // or "jsonl"
+    bool upgrade = false;        // every frame in the current layout before printing
 };
 
 struct ServeOptions {

@@ -6,6 +6,7 @@
 #include <eod/eoderror.h>
 #include <eod/io/engineoutputdatafileerror.h>
 #include <eod/io/engineoutputdatafilereader.h>
+#include <eod/upgrade.h>
 #include <eod/utils/frameselection.h>
 
 #include "toolerror.h"
@@ -29,46 +30,43 @@ bool parseFrameNum(const std::string& text, unsigned int& value) {
 
 class RecordingSource : public FrameSource {
 public:
-    explicit RecordingSource(const std::string& path) : _path(path) {
-        std::error_code ec;
-        if (!std::filesystem::exists(path, ec)) throw ToolError(path + ": no such file or directory");
+    RecordingSource(const std::string& path, bool upgrade) : _path(path), _upgrade(upgrade) {
+        requireRecordingPath(path);
         try {
             // A log cut short by a crash is reported after every other log has given all
             // its frames, so no readable frame is held back by another file's torn tail.
             _reader.setTornTailsLast(true);
+            std::error_code ec;
             if (std::filesystem::is_directory(path, ec)) {
                 _reader.openFiles(path);
-            } else if (!std::filesystem::is_regular_file(path, ec)) {
-                // A FIFO or a device would block the reader or never end.
-                throw ToolError(path + ": not a regular file");
             } else {
                 _reader.openFile(path);
             }
         } catch (const tq::eod::EODError& e) {
-            throw ToolError(path + ": " + e.what());
+            throw readError(path, e);
         }
     }
 
     boost::shared_ptr<tq::eod::EngineOutputData> next() override {
         try {
-            return _reader.readData();
-        } catch (const tq::eod::io::EngineOutputDataFileError& e) {
-            // The log that failed, not only the directory.
-            throw ToolError((e.path().empty() ? _path : e.path()) + ": " + e.what());
+            const boost::shared_ptr<tq::eod::EngineOutputData> frame = _reader.readData();
+            if (frame && _upgrade) tq::eod::upgrade(*frame);
+            return frame;
         } catch (const tq::eod::EODError& e) {
-            throw ToolError(_path + ": " + e.what());
+            throw readError(_path, e);
         }
     }
 
 private:
     std::string _path;
+    bool _upgrade;
     tq::eod::io::EngineOutputDataFileReader _reader;
 };
 
 }  // namespace
 
-std::unique_ptr<FrameSource> openRecording(const std::string& path) {
-    return std::unique_ptr<FrameSource>(new RecordingSource(path));
+std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade) {
+    return std::unique_ptr<FrameSource>(new RecordingSource(path, upgrade));
 }
 
 std::optional<FrameRange> parseFrameRange(const std::string& text) {
@@ -83,14 +81,37 @@ std::optional<FrameRange> parseFrameRange(const std::string& text) {
     return range;
 }
 
+void requireRecordingPath(const std::string& path) {
+    std::error_code ec;
+    const std::filesystem::file_status status = std::filesystem::status(path, ec);
+    if (ec || !std::filesystem::exists(status)) {
+        throw ToolError(path + ": no such file or directory");
+    }
+    // A FIFO or a device would block the reader or never end.
+    if (!std::filesystem::is_directory(status) && !std::filesystem::is_regular_file(status)) {
+        throw ToolError(path + ": not a regular file");
+    }
+}
+
+ToolError readError(const std::string& path, const tq::eod::EODError& e) {
+    // A log file's error names the log that failed, not only the directory.
+    if (const auto* log_error = dynamic_cast<const tq::eod::io::EngineOutputDataFileError*>(&e)) {
+        if (!log_error->path().empty()) return ToolError(log_error->path() + ": " + e.what());
+    }
+    return ToolError(path + ": " + e.what());
+}
+
+bool isSelected(tq::eod::EngineOutputData& frame, const FrameRange& range,
+                const std::vector<char>& ids) {
+    return range.contains(frame.frameNum()) &&
+           (ids.empty() || tq::eod::utils::keepObjectIDs(frame, ids));
+}
+
 boost::shared_ptr<tq::eod::EngineOutputData> nextSelected(FrameSource& source,
                                                           const FrameRange& range,
                                                           const std::vector<char>& ids) {
     while (boost::shared_ptr<tq::eod::EngineOutputData> frame = source.next()) {
-        if (range.contains(frame->frameNum()) &&
-            (ids.empty() || tq::eod::utils::keepObjectIDs(*frame, ids))) {
-            return frame;
-        }
+        if (isSelected(*frame, range, ids)) return frame;
     }
     return nullptr;
 }

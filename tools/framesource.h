@@ -10,6 +10,9 @@
 #include <boost/shared_ptr.hpp>
 
 #include <eod/engineoutputdata.h>
+#include <eod/eoderror.h>
+
+#include "toolerror.h"
 
 namespace eodtool {
 
@@ -21,9 +24,15 @@ public:
     virtual boost::shared_ptr<tq::eod::EngineOutputData> next() = 0;
 };
 
+// Throws ToolError unless `path` names a directory or a regular file.
+void requireRecordingPath(const std::string& path);
+// A library error met while reading the recording at `path`, as the command reports it.
+ToolError readError(const std::string& path, const tq::eod::EODError& e);
+
 // A log directory (merged by frame number), a log file or a raw record file of frames.
-// Library errors come out as ToolError naming the path.
-std::unique_ptr<FrameSource> openRecording(const std::string& path);
+// Library errors come out as ToolError naming the path. With `upgrade`, each frame is
+// brought to the current layout (tq::eod::upgrade) before it is handed out.
+std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade = false);
 
 // The frames a command works on: frame numbers first..last, both included.
 struct FrameRange {
@@ -36,8 +45,11 @@ struct FrameRange {
 // for any other text.
 std::optional<FrameRange> parseFrameRange(const std::string& text);
 
-// The next frame of `source` that lies in `range` and, when ids are listed, still holds a
-// record after keeping only those (utils::keepObjectIDs); null at the end of the source.
+// Whether the frame lies in `range` and, when ids are listed, still holds a record after
+// keeping only those (utils::keepObjectIDs, which changes the frame).
+bool isSelected(tq::eod::EngineOutputData& frame, const FrameRange& range,
+                const std::vector<char>& ids);
+// The next frame of `source` that isSelected; null at the end of the source.
 boost::shared_ptr<tq::eod::EngineOutputData> nextSelected(FrameSource& source,
                                                           const FrameRange& range,
                                                           const std::vector<char>& ids);

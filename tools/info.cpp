@@ -75,9 +75,10 @@ struct Summary {
 };
 
 // Reads the frames of a file in order for the summary: their experiment times and, when
-// `types` is given, the frames that lack a top-level record type that others have. A
-// damaged tail ends the reading; the ledger reports it.
-void readFrames(const std::string& path, Summary& summary, bool types) {
+// `types` is given, the frames that lack a top-level record type that others have (with
+// `upgrade`, as each frame reads in the current layout). A damaged tail ends the reading;
+// the ledger reports it.
+void readFrames(const std::string& path, Summary& summary, bool types, bool upgrade) {
     // Frames by the ids they hold (in the frame's ascending order): how many, and the first.
     struct Kind {
         std::uint64_t count = 0;
@@ -86,7 +87,7 @@ void readFrames(const std::string& path, Summary& summary, bool types) {
     std::map<std::vector<char>, Kind> kinds;
     std::set<char> all;
     try {
-        std::unique_ptr<FrameSource> source = openRecording(path);
+        std::unique_ptr<FrameSource> source = openRecording(path, upgrade);
         while (const auto frame = source->next()) {
             if (const auto timing = frame->typedSubObject<tq::eod::TimingOutputData>(
                     tq::eod::TimingOutputData::THIS_OBJECT_ID)) {
@@ -148,7 +149,7 @@ int runInfo(const InfoOptions& options) {
         if (progress) std::cerr << "reading " << options.path << " twice..." << std::flush;
         const FileScan scan = scanRecordFile(options.path);
         Summary summary;
-        if (scan.known_records > 0) readFrames(options.path, summary, true);
+        if (scan.known_records > 0) readFrames(options.path, summary, true, options.upgrade);
         if (progress) std::cerr << "\r\x1b[K" << std::flush;
         requireRecords(scan);
         std::cout << options.path << ": record file, " << scan.size << " bytes, " << scan.records
@@ -207,7 +208,7 @@ int runInfo(const InfoOptions& options) {
                                           tq::eod::TimingOutputData::THIS_OBJECT_ID))
                                  .string() +
                              ".tql");
-    if (fs::exists(timing, ec)) readFrames(timing.string(), summary, false);
+    if (fs::exists(timing, ec)) readFrames(timing.string(), summary, false, false);
 
     std::cout << options.path << ": log directory, " << logs.size() << " log files, " << bytes
               << " bytes\n";

@@ -130,6 +130,8 @@ int main(int argc, char** argv) {
     CLI::App* info_cmd = app.add_subcommand(
         "info", "Frames, records per object id and the frame ledger of a recording");
     info_cmd->add_option("PATH", info.path, "Log directory, log file or raw record file")->required();
+    info_cmd->add_flag("--upgrade", info.upgrade,
+                       "Count record types as in the current layout (incomplete frames)");
 
     CatOptions cat;
     CLI::App* cat_cmd = app.add_subcommand(
@@ -142,6 +144,8 @@ int main(int argc, char** argv) {
         ->check(frame_range);
     cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: JSON Lines")
         ->check(CLI::IsMember({"tsv", "jsonl"}));
+    cat_cmd->add_flag("--upgrade", cat.upgrade,
+                      "Print every frame in the current layout, whatever engine version wrote it");
 
     ServeOptions serve;
     CLI::App* serve_cmd = app.add_subcommand("serve", "Stream frames over TCP like an engine");

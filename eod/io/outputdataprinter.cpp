@@ -9,6 +9,7 @@
 #include <boost/core/demangle.hpp>
 #include <nlohmann/json.hpp>
 
+#include <eod/gazeoutputdata.h>
 #include <eod/io/engineoutputdatafilewriter.h>
 #include <eod/serializablecomposite.h>
 #include <eod/serializableerror.h>
@@ -29,6 +30,9 @@ namespace {
 // `os` is reused from call to call: making a stream costs more than printing a record.
 std::string ownText(std::ostringstream& os, const Serializable& record, bool titles) {
     os.str(std::string());
+    // Gaze rays without a vergence point print empty cells (NaN to a reader) beside the
+    // angle: one such frame must not end a table of hours of frames.
+    GazeOutputData::setVergenceErrorsAsEmptyCells(os, true);
     eod::detail::TextLine line(os);
     if (const auto* composite = dynamic_cast<const SerializableComposite*>(&record)) {
         if (titles) {
