@@ -484,3 +484,35 @@ TEST(Container, CollectionWithTokensOfItsOwnKeepsItsImagesInline) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Container, FramesGoOutInGroupsAndAtFlush) {
+    eodtest::TempDir dir;
+    const std::string path = dir.file("open.eodc");
+    CompressingFileWriter writer;
+    CompressionProfile profile = CompressionProfileRegistry::profile("lossless");
+    profile.framesPerGroup = 4;
+    writer.open(path, profile);
+    const auto framesOnDisk = [&] {
+        DecompressingFileReader reader;
+        reader.open(path);
+        unsigned int n = 0;
+        while (reader.readFrame()) ++n;
+        EXPECT_FALSE(reader.hasIndex());
+        return n;
+    };
+    for (unsigned int n = 0; n < 6; ++n) writer.writeFrame(*eodtool::syntheticFrame(n));
+    // Frames 4 and 5 wait for their group; the first group may still be in the stream buffer.
+    EXPECT_LE(framesOnDisk(), 4u);
+    writer.flush();
+    EXPECT_EQ(framesOnDisk(), 6u);
+    profile.framesPerGroup = 0;
+    CompressingFileWriter other;
+    EXPECT_USAGE_ERROR(other.open(dir.file("x.eodc"), profile),
+                       "io/compress/compressionprofileregistry",
+                       "framesPerGroup should be between 1 and 4096");
+    EXPECT_FALSE(other.isOpen());
+}
+
+}  // namespace

@@ -47,14 +47,7 @@ void CompressingFileWriter::open(const std::wstring& path, const CompressionProf
 
 void CompressingFileWriter::open(const std::string& path, const CompressionProfile& profile) {
     EOD_REQUIRE(!isOpen(), "file already open");
-    // The registry's checks, without keeping the profile there.
-    EOD_REQUIRE(profile.keyframeInterval > 0, "keyframeInterval is 0");
-    std::vector<const CodecSettings*> codecs = {&profile.recordCodec, &profile.defaultImageCodec};
-    for (const auto& entry : profile.imageCodecs) codecs.push_back(&entry.second);
-    for (const CodecSettings* c : codecs) {
-        EOD_REQUIRE(SerializableCompressorEncoderFactory::isRegistered(c->codec),
-                    "unknown codec: " + c->codec);
-    }
+    CompressionProfileRegistry::checkProfile(profile);
     // Settings out of range show now, not at the first frame.
     SerializableCompressorEncoderFactory::create(profile.recordCodec);
 
@@ -70,6 +63,8 @@ void CompressingFileWriter::open(const std::string& path, const CompressionProfi
     _index_frames.clear();
     _offset = 0;
     _ordinal = 0;
+    _group_size = 0;
+    _records.clear();
     _force_key_point = false;
     std::unique_ptr<Stream> records(new Stream);
     records->settings = profile.recordCodec;
@@ -97,11 +92,13 @@ void CompressingFileWriter::appendItem(const std::vector<unsigned char>& payload
     _out.insert(_out.end(), payload.begin(), payload.end());
 }
 
-void CompressingFileWriter::appendData(std::uint32_t stream,
+void CompressingFileWriter::appendData(std::uint32_t stream, std::uint32_t first,
+                                       std::uint32_t count,
                                        const std::vector<unsigned char>& bytes) {
     _payload.assign(1, ITEM_DATA);
     codec::appendU32(_payload, stream);
-    codec::appendU32(_payload, _ordinal);
+    codec::appendU32(_payload, first);
+    codec::appendU32(_payload, count);
     codec::appendU32(_payload, ZLibCodecImpl::crc(bytes.data(), bytes.size()));
     _payload.insert(_payload.end(), bytes.begin(), bytes.end());
     appendItem(_payload);
@@ -218,9 +215,12 @@ void CompressingFileWriter::writeFrame(const EngineOutputData& frame) {
     if (!frame.serializeEnabled()) {
         throw SerializableError("Serializable::serialize() - trying to serialize invalid object.");
     }
-    _out.clear();
+    const bool key_point = _force_key_point || _ordinal % _profile.keyframeInterval == 0;
+    // A key point starts a new group, so that a reader can begin decoding at it.
+    if (key_point) endGroup();
+    const std::size_t before = _out.size();
     try {
-        if (_force_key_point || _ordinal % _profile.keyframeInterval == 0) startKeyPoint(frame);
+        if (key_point) startKeyPoint(frame);
         std::vector<std::pair<std::uint32_t, boost::shared_ptr<const Serializable>>> images;
         const boost::shared_ptr<EngineOutputData> shell = splitImages(frame, images);
         for (const auto& image : images) {
@@ -228,24 +228,34 @@ void CompressingFileWriter::writeFrame(const EngineOutputData& frame) {
             SerializableCompressorEncoder& encoder = *_streams[image.first]->encoder;
             encoder.encode(*image.second, _ordinal, _chunk);
             encoder.flush(_chunk);
-            appendData(image.first, _chunk);
+            appendData(image.first, _ordinal, 1, _chunk);
         }
-        _chunk.clear();
-        SerializableCompressorEncoder& records = *_streams[RECORD_STREAM_ID]->encoder;
-        records.encode(*shell, _ordinal, _chunk);
-        records.flush(_chunk);
-        appendData(RECORD_STREAM_ID, _chunk);
+        _streams[RECORD_STREAM_ID]->encoder->encode(*shell, _ordinal, _records);
     } catch (...) {
-        // The encoders may have taken part of the frame: start them afresh at the next one.
-        if (!_index_offsets.empty() && _index_frames.back().first == _ordinal) {
+        // The image encoders may have taken part of the frame: the next frame starts them
+        // afresh at a key point, after the frames of the group before this one.
+        _out.resize(before);
+        if (key_point && !_index_offsets.empty()) {
             _index_offsets.pop_back();
             _index_frames.pop_back();
         }
         _force_key_point = true;
         throw;
     }
-    writeOut();
+    if (_group_size == 0) _group_first = _ordinal;
+    ++_group_size;
     ++_ordinal;
+    if (_group_size >= _profile.framesPerGroup) endGroup();
+}
+
+void CompressingFileWriter::endGroup() {
+    if (_group_size == 0) return;
+    SerializableCompressorEncoder& records = *_streams[RECORD_STREAM_ID]->encoder;
+    records.flush(_records);
+    appendData(RECORD_STREAM_ID, _group_first, _group_size, _records);
+    _records.clear();
+    _group_size = 0;
+    writeOut();
 }
 
 void CompressingFileWriter::writeOut() {
@@ -258,13 +268,19 @@ void CompressingFileWriter::writeOut() {
 
 void CompressingFileWriter::flush() {
     EOD_REQUIRE(isOpen(), "no file is open");
+    endGroup();
     _file.flush();
     if (!_file) throw CompressionError("CompressingFileWriter - failed to write " + _path);
 }
 
 void CompressingFileWriter::close() {
     if (!isOpen()) return;
-    _out.clear();
+    try {
+        endGroup();
+    } catch (...) {
+        _file.close();
+        throw;
+    }
     _payload.assign(1, ITEM_INDEX);
     codec::appendU32(_payload, static_cast<std::uint32_t>(_index_offsets.size()));
     for (std::size_t i = 0; i < _index_offsets.size(); ++i) {

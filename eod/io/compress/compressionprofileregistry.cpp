@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "eod/io/compress/containerformat.h"
 #include "eod/usageerror.h"
 
 namespace tq {
@@ -12,7 +13,7 @@ namespace io {
 
 namespace {
 
-const int RECORD_ZSTD_LEVEL = 3;
+const int RECORD_ZSTD_LEVEL = 1;
 
 CompressionProfile builtIn(const std::string& name, const CodecSettings& records,
                            const CodecSettings& images) {
@@ -55,12 +56,18 @@ bool CompressionProfileRegistry::hasProfile(const std::string& name) {
     return profiles().count(name) != 0;
 }
 
-void CompressionProfileRegistry::registerProfile(const CompressionProfile& profile) {
+void CompressionProfileRegistry::checkProfile(const CompressionProfile& profile) {
     EOD_REQUIRE(!profile.name.empty(), "profile name is empty");
     EOD_REQUIRE(profile.keyframeInterval > 0, "keyframeInterval is 0");
+    EOD_REQUIRE(profile.framesPerGroup > 0 && profile.framesPerGroup <= detail::MAX_GROUP_FRAMES,
+                "framesPerGroup should be between 1 and 4096");
     requireCodec(profile.recordCodec);
     requireCodec(profile.defaultImageCodec);
     for (const auto& entry : profile.imageCodecs) requireCodec(entry.second);
+}
+
+void CompressionProfileRegistry::registerProfile(const CompressionProfile& profile) {
+    checkProfile(profile);
     profiles()[profile.name] = profile;
 }
 

@@ -34,9 +34,8 @@ constexpr std::uint32_t RECORD_STREAM_ID = 0;
 // one frame: its largest image stays far below).
 constexpr std::uint32_t MAX_STREAMS = 65536;
 constexpr std::uint32_t MAX_ITEM_PAYLOAD = 256u << 20;
-// Bytes at the front of a 'D' payload before the stream's bytes: kind, stream id, ordinal,
-// CRC-32.
-constexpr std::size_t DATA_HEADER_BYTES = 13;
+// Most frames in one group of the record stream.
+constexpr std::uint32_t MAX_GROUP_FRAMES = 4096;
 
 struct IndexEntry {
     std::uint32_t firstOrdinal = 0;

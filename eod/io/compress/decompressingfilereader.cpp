@@ -52,6 +52,7 @@ void DecompressingFileReader::open(const std::string& path) {
     _ordinal = 0;
     _streams.clear();
     _pending_images.clear();
+    _ready.clear();
     _in_segment = _torn_tail = _ended = _index_loaded = _has_index = false;
     try {
         std::uint64_t at = 0;
@@ -148,6 +149,11 @@ bool DecompressingFileReader::readItem(std::uint64_t& item_offset) {
 boost::shared_ptr<EngineOutputData> DecompressingFileReader::readFrame() {
     EOD_REQUIRE(isOpen(), "no file is open");
     for (;;) {
+        if (!_ready.empty()) {
+            boost::shared_ptr<EngineOutputData> frame = _ready.front();
+            _ready.pop_front();
+            return frame;
+        }
         std::uint64_t at = 0;
         if (!readItem(at)) return boost::shared_ptr<EngineOutputData>();
         try {
@@ -158,11 +164,9 @@ boost::shared_ptr<EngineOutputData> DecompressingFileReader::readFrame() {
                 case ITEM_STREAM:
                     handleStream(at);
                     break;
-                case ITEM_DATA: {
-                    boost::shared_ptr<EngineOutputData> frame;
-                    if (handleData(at, frame)) return frame;
+                case ITEM_DATA:
+                    handleData(at);
                     break;
-                }
                 case ITEM_INDEX:
                     _ended = true;
                     return boost::shared_ptr<EngineOutputData>();
@@ -173,6 +177,7 @@ boost::shared_ptr<EngineOutputData> DecompressingFileReader::readFrame() {
             // What was decoded since the last key point is in doubt: go on at the next one.
             _in_segment = false;
             _pending_images.clear();
+            _ready.clear();
             throw;
         }
     }
@@ -192,6 +197,7 @@ void DecompressingFileReader::handleKeyPoint(std::uint64_t offset, bool sought) 
     _ordinal = first;
     for (auto& stream : _streams) stream->decoder.reset();
     _pending_images.clear();
+    _ready.clear();
     _in_segment = true;
 }
 
@@ -219,17 +225,20 @@ void DecompressingFileReader::handleStream(std::uint64_t offset) {
     _streams.push_back(std::move(stream));
 }
 
-bool DecompressingFileReader::handleData(std::uint64_t offset,
-                                         boost::shared_ptr<EngineOutputData>& frame) {
-    if (!_in_segment) return false;
+void DecompressingFileReader::handleData(std::uint64_t offset) {
+    if (!_in_segment) return;
     PayloadCursor c(_payload.data() + 1, _payload.size() - 1);
     const std::uint32_t id = c.u32();
-    const std::uint32_t ordinal = c.u32();
+    const std::uint32_t first = c.u32();
+    const std::uint32_t count = c.u32();
     const std::uint32_t crc = c.u32();
     if (!c.ok()) damaged(offset, "damaged data item");
     if (id >= _streams.size()) damaged(offset, "undeclared stream " + std::to_string(id));
-    if (ordinal != _ordinal) {
-        damaged(offset, "data of frame " + std::to_string(ordinal) + " where frame " +
+    const bool records = id == RECORD_STREAM_ID;
+    // Images come before the records of their group, at most a group ahead.
+    if (records ? first != _ordinal || count < 1 || count > MAX_GROUP_FRAMES
+                : count != 1 || first < _ordinal || first - _ordinal >= MAX_GROUP_FRAMES) {
+        damaged(offset, "data of frame " + std::to_string(first) + " where frame " +
                             std::to_string(_ordinal) + " was expected");
     }
     if (ZLibCodecImpl::crc(c.position(), c.remaining()) != crc) damaged(offset, "CRC mismatch");
@@ -245,33 +254,45 @@ bool DecompressingFileReader::handleData(std::uint64_t offset,
         unsigned int status = 0;
         DecoderData item = stream.decoder->getNextWithStatus(status);
         if (status & Serializable::STATUS_NOT_ENOUGH_DATA) break;
-        if (!item.record || item.tag != _ordinal) damaged(offset, "stream item out of step");
+        if (!item.record || item.tag != first + items.size() || items.size() == count) {
+            damaged(offset, "stream item out of step");
+        }
         items.push_back(item);
     }
-    if (items.size() != 1) damaged(offset, "one record per frame and stream expected");
-    if (id != RECORD_STREAM_ID) {
-        if (!_pending_images.emplace(id, items[0].record).second) {
+    if (items.size() != count) damaged(offset, "data item holds fewer frames than it says");
+    if (!records) {
+        if (!_pending_images.emplace(std::make_pair(first, id), items[0].record).second) {
             damaged(offset, "two images of one stream in a frame");
         }
-        return false;
+        return;
     }
-    frame = boost::dynamic_pointer_cast<EngineOutputData>(items[0].record);
-    if (!frame) damaged(offset, "record stream item is not a frame");
-    restoreImages(offset, *frame);
-    ++_ordinal;
-    return true;
+    std::deque<boost::shared_ptr<EngineOutputData>> frames;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        auto frame = boost::dynamic_pointer_cast<EngineOutputData>(items[i].record);
+        if (!frame) damaged(offset, "record stream item is not a frame");
+        restoreImages(offset, first + i, *frame);
+        frames.push_back(frame);
+    }
+    if (!_pending_images.empty() && _pending_images.begin()->first.first < first + count) {
+        damaged(offset, "image data that no frame names");
+    }
+    _ordinal = first + count;
+    _ready.insert(_ready.end(), frames.begin(), frames.end());
 }
 
-void DecompressingFileReader::restoreImages(std::uint64_t offset, EngineOutputData& frame) {
-    if (_pending_images.empty()) return;
+void DecompressingFileReader::restoreImages(std::uint64_t offset, std::uint32_t ordinal,
+                                            EngineOutputData& frame) {
+    const auto mine = _pending_images.lower_bound(std::make_pair(ordinal, 0u));
+    if (mine == _pending_images.end() || mine->first.first != ordinal) return;
     for (const auto& sub : frame.subObjects(ImageCollectionOutputData::THIS_OBJECT_ID)) {
         auto collection = boost::dynamic_pointer_cast<ImageCollectionOutputData>(sub);
         if (!collection) continue;
         for (const auto& t : collection->subObjects(CompressedSerializableToken::THIS_OBJECT_ID)) {
             auto token = boost::dynamic_pointer_cast<CompressedSerializableToken>(t);
-            const auto it = token ? _pending_images.find(static_cast<std::uint32_t>(
-                                        token->streamID()))
-                                  : _pending_images.end();
+            const auto it =
+                token ? _pending_images.find(std::make_pair(
+                            ordinal, static_cast<std::uint32_t>(token->streamID())))
+                      : _pending_images.end();
             if (it == _pending_images.end()) {
                 damaged(offset, "frame names an image stream without an image");
             }
@@ -286,7 +307,6 @@ void DecompressingFileReader::restoreImages(std::uint64_t offset, EngineOutputDa
             _pending_images.erase(it);
         }
     }
-    if (!_pending_images.empty()) damaged(offset, "image data that no frame names");
 }
 
 void DecompressingFileReader::loadIndex() {
@@ -363,7 +383,12 @@ void DecompressingFileReader::walkKeyPoints() {
             _key_ordinals.push_back(first);
             _key_offsets.push_back(at);
         } else if (_payload[0] == ITEM_DATA && c.ok() && first_field == RECORD_STREAM_ID) {
-            ++_num_frames;
+            const std::uint32_t first = c.u32();
+            const std::uint32_t count = c.u32();
+            if (!c.ok() || first != _num_frames || count > MAX_GROUP_FRAMES) {
+                damaged(at, "data item out of order");
+            }
+            _num_frames += count;
         }
     }
 }
@@ -394,7 +419,7 @@ void DecompressingFileReader::seekToFrame(std::uint32_t ordinal) {
         damaged(_key_offsets[k], "index names no key point");
     }
     handleKeyPoint(at, true);
-    while (_ordinal < ordinal) {
+    for (std::uint32_t skip = ordinal - _key_ordinals[k]; skip > 0; --skip) {
         if (!readFrame()) damaged(_offset, "frame " + std::to_string(ordinal) + " missing");
     }
 }

@@ -12,7 +12,8 @@ namespace io {
 
 // Which codec and settings each part of a recording gets: the records of a frame (everything
 // but the images of its image collections), the images by format, and how many frames
-// lie between two key points of a container (where a reader can start decoding).
+// lie between two key points of a container (where a reader can start decoding) and how
+// many frames it writes in one piece.
 struct CompressionProfile {
     std::string name;
     CodecSettings recordCodec;
@@ -20,6 +21,9 @@ struct CompressionProfile {
     CodecSettings defaultImageCodec;
     std::map<int, CodecSettings> imageCodecs;
     unsigned int keyframeInterval = 30;
+    // Frames whose records the container compresses as one chunk and writes together (1 to
+    // 4096); a writer that dies loses at most this many frames.
+    unsigned int framesPerGroup = 16;
 
     const CodecSettings& imageCodecFor(int format) const {
         const auto it = imageCodecs.find(format);

@@ -20,10 +20,14 @@ class CompressionProfileRegistry {
     // CompressionError "unknown compression profile: <name>".
     static CompressionProfile profile(const std::string& name);
     static bool hasProfile(const std::string& name);
-    // Adds the profile under its name, or replaces the one of that name. Usage errors, the
-    // registry unchanged: an empty name ("profile name is empty"), a codec nobody registered
-    // ("unknown codec: <name>"), a keyframe interval of 0 ("keyframeInterval is 0").
+    // Adds the profile under its name, or replaces the one of that name. Usage errors of
+    // checkProfile, the registry unchanged.
     static void registerProfile(const CompressionProfile& profile);
+    // Usage errors for a profile that cannot be used: an empty name ("profile name is
+    // empty"), a codec nobody registered ("unknown codec: <name>"), a keyframe interval of 0
+    // ("keyframeInterval is 0"), framesPerGroup out of range ("framesPerGroup should be
+    // between 1 and 4096").
+    static void checkProfile(const CompressionProfile& profile);
     // Names in ascending order.
     static std::vector<std::string> profileNames();
 };

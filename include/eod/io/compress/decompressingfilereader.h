@@ -17,6 +17,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
+#include <deque>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -68,9 +69,9 @@ class DecompressingFileReader {
     // `sought`: the key point a seek went to, whose first frame must be the one expected.
     void handleKeyPoint(std::uint64_t offset, bool sought);
     void handleStream(std::uint64_t offset);
-    // True when a frame is complete (the record stream's data), stored in `frame`.
-    bool handleData(std::uint64_t offset, boost::shared_ptr<EngineOutputData>& frame);
-    void restoreImages(std::uint64_t offset, EngineOutputData& frame);
+    // An image goes to the pending images; the record stream's data to the ready frames.
+    void handleData(std::uint64_t offset);
+    void restoreImages(std::uint64_t offset, std::uint32_t ordinal, EngineOutputData& frame);
     void loadIndex();
     bool loadTrailerIndex();
     void walkKeyPoints();
@@ -86,7 +87,11 @@ class DecompressingFileReader {
     std::string _record_codec;
     std::uint32_t _keyframe_interval = 0;
     std::vector<std::unique_ptr<Stream>> _streams;
-    std::map<std::uint32_t, boost::shared_ptr<Serializable>> _pending_images;
+    // Decoded images waiting for their frame, by frame ordinal and stream.
+    std::map<std::pair<std::uint32_t, std::uint32_t>, boost::shared_ptr<Serializable>>
+        _pending_images;
+    // Frames of a group decoded but not yet handed out.
+    std::deque<boost::shared_ptr<EngineOutputData>> _ready;
     std::uint32_t _ordinal = 0;
     bool _in_segment = false;
     bool _torn_tail = false;
