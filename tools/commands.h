@@ -13,6 +13,7 @@ namespace eodtool {
 struct DemoOptions {
     unsigned int frames = 600;
     std::string out = "./eod-demo";
+    bool images = false;  // a session with eye images, into a compressed container
 };
 
 struct InfoOptions {
@@ -46,6 +47,7 @@ struct RecordOptions {
 struct ConvertOptions {
     std::string in;
     std::string out;
+    std::string profile;  // compress: into a compressed container with this profile
 };
 
 int runDemo(const DemoOptions& options);
@@ -55,6 +57,11 @@ int runServe(const ServeOptions& options);
 int runRecord(const RecordOptions& options);
 int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
+// The compressed container (container.cpp).
+bool isContainerFile(const std::string& path);
+int runCompressContainer(const ConvertOptions& options);
+int runDecompressContainer(const ConvertOptions& options);
+int runDemoImages(const DemoOptions& options);
 
 }  // namespace eodtool
 

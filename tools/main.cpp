@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include <eod/eoderror.h>
+#include <eod/io/compress/compressionprofileregistry.h>
 
 #include "commands.h"
 #include "logids.h"
@@ -30,6 +31,8 @@ int main(int argc, char** argv) {
     demo_cmd->add_option("--frames", demo.frames, "Number of frames (default 600, 10 s at 60 Hz)")
         ->check(CLI::PositiveNumber);
     demo_cmd->add_option("--out", demo.out, "Log directory (default ./eod-demo)");
+    demo_cmd->add_flag("--images", demo.images,
+                       "Frames with eye images, into DIR/demo.eodc with the \"compact\" profile");
 
     InfoOptions info;
     CLI::App* info_cmd = app.add_subcommand(
@@ -75,6 +78,9 @@ int main(int argc, char** argv) {
         app.add_subcommand("compress", "Raw record file to a zlib record stream file");
     compress_cmd->add_option("IN", compress.in, "Raw record file")->required();
     compress_cmd->add_option("OUT", compress.out, "Compressed file to write")->required();
+    compress_cmd->add_option("--profile", compress.profile,
+                             "Write a compressed container of the recording's frames instead")
+        ->check(CLI::IsMember(tq::eod::io::CompressionProfileRegistry::profileNames()));
 
     ConvertOptions decompress;
     CLI::App* decompress_cmd =
@@ -95,13 +101,18 @@ int main(int argc, char** argv) {
 
     try {
         registerToolLogNames();
-        if (*demo_cmd) return runDemo(demo);
+        if (*demo_cmd) return demo.images ? runDemoImages(demo) : runDemo(demo);
         if (*info_cmd) return runInfo(info);
         if (*cat_cmd) return runCat(cat);
         if (*serve_cmd) return runServe(serve);
         if (*record_cmd) return runRecord(record);
-        if (*compress_cmd) return runCompress(compress);
-        if (*decompress_cmd) return runDecompress(decompress);
+        if (*compress_cmd) {
+            return compress.profile.empty() ? runCompress(compress) : runCompressContainer(compress);
+        }
+        if (*decompress_cmd) {
+            return isContainerFile(decompress.in) ? runDecompressContainer(decompress)
+                                                  : runDecompress(decompress);
+        }
     } catch (const ToolError& e) {
         std::cerr << "eod: " << e.what() << '\n';
         return kRuntimeFailure;

@@ -98,12 +98,20 @@ void DecompressingFileReader::readAt(std::uint64_t offset, unsigned char* data,
     _file.clear();
     _file.seekg(static_cast<std::streamoff>(offset));
     _file.read(reinterpret_cast<char*>(data), static_cast<std::streamsize>(length));
-    if (static_cast<std::size_t>(_file.gcount()) != length) damaged(offset, "read failed");
+    if (static_cast<std::size_t>(_file.gcount()) != length) {
+        _ended = true;
+        damaged(offset, "read failed");
+    }
 }
 
 bool DecompressingFileReader::readItem(std::uint64_t& item_offset) {
     if (_ended) return false;
     item_offset = _offset;
+    // Without a sound header the items after this one cannot be found: reading ends here.
+    const auto broken = [this](const std::string& reason) {
+        _ended = true;
+        damaged(_offset, reason);
+    };
     const std::uint64_t remaining = _size - std::min(_offset, _size);
     if (remaining == 0) {
         _ended = true;
@@ -117,7 +125,7 @@ bool DecompressingFileReader::readItem(std::uint64_t& item_offset) {
     }
     readAt(_offset, header, 3);
     if (static_cast<char>(header[0]) != CompressedSerializable::THIS_OBJECT_ID) {
-        damaged(_offset, "not a compressed item (object id " +
+        broken("not a compressed item (object id " +
                              std::to_string(static_cast<int>(static_cast<char>(header[0]))) + ")");
     }
     std::uint64_t data_size = codec::loadU16(header + 1);
@@ -134,11 +142,11 @@ bool DecompressingFileReader::readItem(std::uint64_t& item_offset) {
         _ended = _torn_tail = true;
         return false;
     }
-    if (data_size < 5) damaged(_offset, "item too short");
-    if (data_size - 4 > MAX_ITEM_PAYLOAD) damaged(_offset, "item longer than the container allows");
+    if (data_size < 5) broken("item too short");
+    if (data_size - 4 > MAX_ITEM_PAYLOAD) broken("item longer than the container allows");
     unsigned char length[4];
     readAt(_offset + header_bytes, length, 4);
-    if (codec::loadU32(length) != data_size - 4) damaged(_offset, "item length does not match");
+    if (codec::loadU32(length) != data_size - 4) broken("item length does not match");
     // Sized only after the file showed that it holds this many bytes.
     _payload.resize(static_cast<std::size_t>(data_size - 4));
     readAt(_offset + header_bytes + 4, _payload.data(), _payload.size());
