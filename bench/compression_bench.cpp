@@ -59,7 +59,9 @@ const std::vector<boost::shared_ptr<ImageOutputData>>& images() {
 std::int64_t rawBytes(const Serializable& record) { return record.numTotalBytes(); }
 
 std::unique_ptr<SerializableCompressorEncoder> encoderFor(const std::string& codec) {
-    if (codec == "zlib") return std::unique_ptr<SerializableCompressorEncoder>(new ZLibEncoder(6, 16));
+    if (codec == "zlib") {
+        return std::unique_ptr<SerializableCompressorEncoder>(new ZLibEncoder(6, 16));
+    }
     return SerializableCompressorEncoderFactory::create(
         CompressionProfileRegistry::profile("compact").recordCodec.codec == codec
             ? CompressionProfileRegistry::profile("compact").recordCodec
@@ -105,18 +107,6 @@ BENCHMARK_CAPTURE(BM_Records, compact_zstd, std::string("zstd"))->Unit(benchmark
 BENCHMARK_CAPTURE(BM_Records, lz4, std::string("lz4"))->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_Records, zlib_stream, std::string("zlib"))->Unit(benchmark::kMillisecond);
 
-double psnr(const ImageOutputData& a, const ImageOutputData& b) {
-    double sum = 0;
-    for (unsigned int y = 0; y < a.height(); ++y) {
-        for (unsigned int x = 0; x < a.width(); ++x) {
-            const double d = double(a.rawData()[y * a.bytesPerLine() + x]) -
-                             b.rawData()[y * b.bytesPerLine() + x];
-            sum += d * d;
-        }
-    }
-    return 10 * std::log10(255.0 * 255.0 * a.width() * a.height() / sum);
-}
-
 // Eye images one after another through one image stream; VP8 at the "compact" profile's
 // settings. The PSNR comes from decoding what the measured encoder produced.
 void BM_Images(benchmark::State& state, const std::string& codec) {
@@ -144,7 +134,8 @@ void BM_Images(benchmark::State& state, const std::string& codec) {
             decoder->decode(out.data(), static_cast<unsigned int>(out.size()));
             unsigned int status = 0;
             const DecoderData item = decoder->getNextWithStatus(status);
-            psnr_sum += psnr(*images()[n], dynamic_cast<const ImageOutputData&>(*item.record));
+            psnr_sum += eodtool::imagePsnr(*images()[n],
+                                           dynamic_cast<const ImageOutputData&>(*item.record));
             state.ResumeTiming();
         }
         n = (n + 1) % NUM_IMAGES;

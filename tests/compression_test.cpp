@@ -43,19 +43,6 @@ std::vector<boost::shared_ptr<Serializable>> everyRecordType() {
     return records;
 }
 
-double psnr(const ImageOutputData& a, const ImageOutputData& b) {
-    double sum = 0;
-    for (unsigned int y = 0; y < a.height(); ++y) {
-        for (unsigned int x = 0; x < a.width(); ++x) {
-            const double d = double(a.rawData()[y * a.bytesPerLine() + x]) -
-                             b.rawData()[y * b.bytesPerLine() + x];
-            sum += d * d;
-        }
-    }
-    const double mse = sum / (double(a.width()) * a.height());
-    return mse == 0 ? 99.0 : 10 * std::log10(255.0 * 255.0 / mse);
-}
-
 // Decodes `bytes` in pieces of `step` bytes and returns the items as {tag, encoding}.
 std::vector<std::pair<unsigned int, Bytes>> decodeAll(const std::string& codec, const Bytes& bytes,
                                                       std::size_t step) {
@@ -235,7 +222,7 @@ TEST(ImageCodecs, Vp8EyeImagesKeepPsnrAbove38AcrossGeometryChanges) {
         const auto back = boost::dynamic_pointer_cast<ImageOutputData>(item.record);
         ASSERT_TRUE(back);
         EXPECT_EQ(back->width(), image->width());
-        EXPECT_GE(psnr(*image, *back), 38.0) << "frame " << n;
+        EXPECT_GE(eodtool::imagePsnr(*image, *back), 38.0) << "frame " << n;
     }
 }
 
@@ -366,7 +353,7 @@ TEST(Container, FramesComeBackExactOrWithinPsnr) {
             const Frame original = frameWithImages(n);
             if (std::string(profile) == "compact") {
                 EXPECT_EQ(withoutGreyPixels(*frame), withoutGreyPixels(*original));
-                EXPECT_GE(psnr(*original->imagesOutputData()->image(0),
+                EXPECT_GE(eodtool::imagePsnr(*original->imagesOutputData()->image(0),
                                *frame->imagesOutputData()->image(0)),
                           38.0);
             } else {

@@ -55,18 +55,6 @@ class PartFile {
     bool _committed = false;
 };
 
-double psnr(const tq::eod::ImageOutputData& a, const tq::eod::ImageOutputData& b) {
-    double sum = 0;
-    for (unsigned int y = 0; y < a.height(); ++y) {
-        for (unsigned int x = 0; x < a.width(); ++x) {
-            const double d = double(a.rawData()[y * a.bytesPerLine() + x]) -
-                             b.rawData()[y * b.bytesPerLine() + x];
-            sum += d * d;
-        }
-    }
-    return sum == 0 ? 99.0 : 10 * std::log10(255.0 * 255.0 * a.width() * a.height() / sum);
-}
-
 // The frame's encoding with its images' pixels left out: what VP8 must keep exactly.
 std::vector<unsigned char> withoutPixels(const EngineOutputData& frame) {
     Frame copy(frame.clone());
@@ -171,8 +159,9 @@ int runDemoImages(const DemoOptions& options) {
                 throw ToolError(path + ": frame " + std::to_string(n) +
                                 " did not come back as it was recorded");
             }
-            worst_psnr = std::min(worst_psnr, psnr(*original->imagesOutputData()->image(0),
-                                                   *frame->imagesOutputData()->image(0)));
+            worst_psnr =
+                std::min(worst_psnr, imagePsnr(*original->imagesOutputData()->image(0),
+                                               *frame->imagesOutputData()->image(0)));
         }
     } catch (const tq::eod::EODError& e) {
         throw ToolError(path + ": " + e.what());

@@ -34,13 +34,12 @@ const double kFixation = 0.4;
 const double kSaccade = 0.05;
 const double kNoiseSigma = 2.0;
 
-double hashUnit(std::uint32_t key) {
-    key ^= key >> 16;
-    key *= 0x7feb352dU;
-    key ^= key >> 15;
-    key *= 0x846ca68bU;
-    key ^= key >> 16;
-    return key / 4294967296.0;
+// The gaze target of fixation k, up to 40 x 18 px off the eye centre.
+void fixationTarget(std::uint32_t k, double& x, double& y) {
+    std::minstd_rand rng(k + 1);
+    std::uniform_real_distribution<double> unit(-0.5, 0.5);
+    x = unit(rng) * 80;
+    y = unit(rng) * 36;
 }
 
 // Gaze offset of the pupil from the eye centre: fixations joined by quick saccades.
@@ -50,8 +49,9 @@ void gazeAt(double t, double& gx, double& gy) {
     const double phase = std::fmod(t, period);
     const double s = std::min(1.0, phase / kSaccade);
     const double ease = s * s * (3 - 2 * s);
-    const double x0 = (hashUnit(2 * k) - 0.5) * 80, y0 = (hashUnit(2 * k + 1) - 0.5) * 36;
-    const double x1 = (hashUnit(2 * k + 2) - 0.5) * 80, y1 = (hashUnit(2 * k + 3) - 0.5) * 36;
+    double x0, y0, x1, y1;
+    fixationTarget(k, x0, y0);
+    fixationTarget(k + 1, x1, y1);
     gx = x0 + (x1 - x0) * ease;
     gy = y0 + (y1 - y0) * ease;
 }
@@ -114,6 +114,18 @@ boost::shared_ptr<ImageOutputData> syntheticEyeImage(unsigned int frame_num) {
                        tq::eod::io::IMAGE_FORMAT_GREY8);
     image->setImageIdentifier("eye_camera");
     return image;
+}
+
+double imagePsnr(const ImageOutputData& a, const ImageOutputData& b) {
+    double sum = 0;
+    for (unsigned int y = 0; y < a.height(); ++y) {
+        for (unsigned int x = 0; x < a.width(); ++x) {
+            const double d = double(a.rawData()[y * a.bytesPerLine() + x]) -
+                             b.rawData()[y * b.bytesPerLine() + x];
+            sum += d * d;
+        }
+    }
+    return sum == 0 ? 99.0 : 10 * std::log10(255.0 * 255.0 * a.width() * a.height() / sum);
 }
 
 boost::shared_ptr<tq::eod::EngineOutputData> syntheticFrameWithImage(unsigned int frame_num) {

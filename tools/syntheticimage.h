@@ -29,6 +29,10 @@ const unsigned int kEyeImageHeight = 480;
 
 boost::shared_ptr<tq::eod::ImageOutputData> syntheticEyeImage(unsigned int frame_num);
 
+// Peak signal-to-noise ratio in dB of b against a over a's width and height (99 for equal
+// pixels): how the compression figures judge a lossy image.
+double imagePsnr(const tq::eod::ImageOutputData& a, const tq::eod::ImageOutputData& b);
+
 // syntheticFrame(frame_num) with an image collection holding syntheticEyeImage(frame_num).
 boost::shared_ptr<tq::eod::EngineOutputData> syntheticFrameWithImage(unsigned int frame_num);
 

@@ -69,6 +69,17 @@ std::size_t readGeometry(const unsigned char* body, std::size_t length, Geometry
 
 }  // namespace
 
+namespace {
+
+// The mean of the left and upper neighbours; the upper one alone in the first column, the
+// left one alone in the first line, 0 for the first byte.
+inline int predicted(const unsigned char* line, const unsigned char* up, std::size_t x) {
+    if (up) return x > 0 ? (line[x - 1] + up[x]) >> 1 : up[x];
+    return x > 0 ? line[x - 1] : 0;
+}
+
+}  // namespace
+
 void filterLines(const unsigned char* src, unsigned int height, std::size_t stride,
                  unsigned char* dst) {
     for (unsigned int y = 0; y < height; ++y) {
@@ -76,15 +87,7 @@ void filterLines(const unsigned char* src, unsigned int height, std::size_t stri
         const unsigned char* up = y > 0 ? line - stride : nullptr;
         unsigned char* out = dst + y * stride;
         for (std::size_t x = 0; x < stride; ++x) {
-            int predicted;
-            if (up && x > 0) {
-                predicted = (line[x - 1] + up[x]) >> 1;
-            } else if (up) {
-                predicted = up[x];
-            } else {
-                predicted = x > 0 ? line[x - 1] : 0;
-            }
-            out[x] = static_cast<unsigned char>(line[x] - predicted);
+            out[x] = static_cast<unsigned char>(line[x] - predicted(line, up, x));
         }
     }
 }
@@ -94,15 +97,7 @@ void unfilterLines(unsigned char* data, unsigned int height, std::size_t stride)
         unsigned char* line = data + y * stride;
         const unsigned char* up = y > 0 ? line - stride : nullptr;
         for (std::size_t x = 0; x < stride; ++x) {
-            int predicted;
-            if (up && x > 0) {
-                predicted = (line[x - 1] + up[x]) >> 1;
-            } else if (up) {
-                predicted = up[x];
-            } else {
-                predicted = x > 0 ? line[x - 1] : 0;
-            }
-            line[x] = static_cast<unsigned char>(line[x] + predicted);
+            line[x] = static_cast<unsigned char>(line[x] + predicted(line, up, x));
         }
     }
 }
