@@ -503,3 +503,40 @@ TEST(Container, FramesGoOutInGroupsAndAtFlush) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Container, LyingIndexIsAClearError) {
+    eodtest::TempDir dir;
+    const std::string path = dir.file("index.eodc");
+    writeFrames(path, "lossless", 35, false);
+    const Bytes bytes = eodtest::readFile(path);
+    const std::uint64_t at = tq::eod::detail::loadU64(bytes.data() + bytes.size() - 16);
+    // The index record: header of 3 or 7 bytes, payload length, kind 'I', segment count.
+    const std::size_t count = at + (bytes[at + 1] == 0xFF && bytes[at + 2] == 0xFF ? 7 : 3) + 5;
+    // 32-bit values overwritten: the segment count, the low half of the second key point's
+    // offset, the low half of the index offset in the trailer.
+    struct Case {
+        std::size_t pos;
+        std::uint32_t value;
+        std::string reason;
+    } cases[] = {{count, 0xFFFFFFFFu, "damaged index"},
+                 {count + 4 + 16 + 12, 0, "index entry 1 out of order"},
+                 {bytes.size() - 12, 0, "index offset out of range"}};
+    for (const Case& c : cases) {
+        Bytes bad = bytes;
+        tq::eod::detail::storeU32(bad.data() + c.pos, c.value);
+        eodtest::writeFile(path, bad);
+        DecompressingFileReader reader;
+        reader.open(path);
+        const std::string message =
+            eodtest::thrownMessage<CompressionError>([&] { reader.numFrames(); });
+        EXPECT_NE(message.find(c.reason), std::string::npos) << message;
+        // Frames still read in order.
+        unsigned int n = 0;
+        while (reader.readFrame()) ++n;
+        EXPECT_EQ(n, 35u);
+    }
+}
+
+}  // namespace

@@ -323,13 +323,22 @@ void DecompressingFileReader::loadIndex() {
     const std::uint64_t offset = _offset;
     const bool ended = _ended;
     const bool torn = _torn_tail;
+    const auto restore = [&] {
+        _offset = offset;
+        _ended = ended;
+        _torn_tail = torn;
+    };
     _key_offsets.clear();
     _key_ordinals.clear();
-    _has_index = loadTrailerIndex();
-    if (!_has_index) walkKeyPoints();
-    _offset = offset;
-    _ended = ended;
-    _torn_tail = torn;
+    try {
+        _has_index = loadTrailerIndex();
+        if (!_has_index) walkKeyPoints();
+    } catch (...) {
+        // Frames can still be read in order from where reading stood.
+        restore();
+        throw;
+    }
+    restore();
     _index_loaded = true;
 }
 
