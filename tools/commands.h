@@ -13,6 +13,7 @@ namespace eodtool {
 struct DemoOptions {
     unsigned int frames = 600;
     std::string out = "./eod-demo";
+    bool images = false;  // a session with eye images, into a compressed container
 };
 
 struct InfoOptions {
@@ -54,6 +55,7 @@ struct RecordOptions {
 struct ConvertOptions {
     std::string in;
     std::string out;
+    std::string profile;  // compress: into a compressed container with this profile
 };
 
 int runDemo(const DemoOptions& options);
@@ -65,6 +67,11 @@ int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
 int runUpgrade(const ConvertOptions& options);
 int runIds();
+// The compressed container (container.cpp).
+bool isContainerFile(const std::string& path);
+int runCompressContainer(const ConvertOptions& options);
+int runDecompressContainer(const ConvertOptions& options);
+int runDemoImages(const DemoOptions& options);
 
 }  // namespace eodtool
 

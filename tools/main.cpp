@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <eod/eoderror.h>
+#include <eod/io/compress/compressionprofileregistry.h>
 #include <eod/version.h>
 
 #include "commands.h"
@@ -125,6 +126,8 @@ int main(int argc, char** argv) {
     demo_cmd->add_option("--frames", demo.frames, "Number of frames (default 600, 10 s at 60 Hz)")
         ->check(frame_count);
     demo_cmd->add_option("--out", demo.out, "Log directory (default ./eod-demo)");
+    demo_cmd->add_flag("--images", demo.images,
+                       "Frames with eye images, into DIR/demo.eodc with the \"compact\" profile");
 
     InfoOptions info;
     CLI::App* info_cmd = app.add_subcommand(
@@ -210,10 +213,23 @@ int main(int argc, char** argv) {
     ConvertOptions compress;
     CLI::App* compress_cmd =
         app.add_subcommand("compress", "Raw record file to a zlib record stream file");
-    compress_cmd->add_option("IN", compress.in, "Raw record file")->required()->check(not_a_directory);
+    compress_cmd->add_option("IN", compress.in, "Raw record file, or with --profile a recording")
+        ->required();
     compress_cmd->add_option("OUT", compress.out, "Compressed file to write")
         ->required()
         ->check(not_a_directory);
+    compress_cmd->add_option("--profile", compress.profile,
+                             "Write a compressed container of the recording's frames instead")
+        ->check(CLI::IsMember(tq::eod::io::CompressionProfileRegistry::profileNames()));
+    // Without a profile the input is one raw record file; a directory is a whole recording,
+    // which only the container takes.
+    compress_cmd->callback([&compress] {
+        std::error_code ec;
+        if (compress.profile.empty() && std::filesystem::is_directory(compress.in, ec)) {
+            throw CLI::ValidationError(
+                "IN", compress.in + ": is a directory, give a file (or --profile for a recording)");
+        }
+    });
 
     ConvertOptions decompress;
     CLI::App* decompress_cmd =
@@ -244,13 +260,18 @@ int main(int argc, char** argv) {
 
     try {
         if (*ids_cmd) return runIds();
-        if (*demo_cmd) return runDemo(demo);
+        if (*demo_cmd) return demo.images ? runDemoImages(demo) : runDemo(demo);
         if (*info_cmd) return runInfo(info);
         if (*cat_cmd) return runCat(cat);
         if (*serve_cmd) return runServe(serve);
         if (*record_cmd) return runRecord(record);
-        if (*compress_cmd) return runCompress(compress);
-        if (*decompress_cmd) return runDecompress(decompress);
+        if (*compress_cmd) {
+            return compress.profile.empty() ? runCompress(compress) : runCompressContainer(compress);
+        }
+        if (*decompress_cmd) {
+            return isContainerFile(decompress.in) ? runDecompressContainer(decompress)
+                                                  : runDecompress(decompress);
+        }
         if (*upgrade_cmd) return runUpgrade(upgrade);
     } catch (const ToolError& e) {
         std::cerr << "eod: " << e.what() << '\n';
