@@ -51,6 +51,16 @@ protected:
 
     std::string path(const std::string& name) const { return (_dir / name).string(); }
 
+    // Files a run left under a temporary output name ("*.partial-*"), anywhere below the
+    // test's directory: a failed or finished run leaves none.
+    int leftoverPartials() const {
+        int found = 0;
+        for (const auto& entry : fs::recursive_directory_iterator(_dir)) {
+            if (entry.path().filename().string().find(".partial") != std::string::npos) ++found;
+        }
+        return found;
+    }
+
     fs::path _dir;
 };
 

@@ -60,7 +60,7 @@ TEST_F(EodTool, UpgradeWritesEveryFrameInTheCurrentLayout) {
 
     for (EngineOutputData& frame : frames) tq::eod::upgrade(frame);
     EXPECT_EQ(eodtest::readFile(path("new.raw")), encodeAll(frames));
-    EXPECT_FALSE(fs::exists(path("new.raw.partial")));
+    EXPECT_EQ(leftoverPartials(), 0);
 
     // An upgraded recording upgrades to itself.
     ASSERT_EQ(run("upgrade " + path("new.raw") + " " + path("again.raw")).status, 0);
@@ -100,6 +100,6 @@ TEST_F(EodTool, UpgradeFailuresLeaveNoOutputAndKeepAnExistingOne) {
         EXPECT_EQ(r.err.compare(0, c.err_start.size(), c.err_start), 0) << r.err;
         if (c.status == 1) EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
         EXPECT_EQ(eodtest::readFile(path("out.raw")), (Bytes{'k', 'e', 'e', 'p'}));
-        EXPECT_FALSE(fs::exists(path("out.raw.partial")));
+        EXPECT_EQ(leftoverPartials(), 0);
     }
 }

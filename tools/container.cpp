@@ -1,8 +1,8 @@
 // The compressed container in the command: `eod compress --profile NAME RECORDING OUT`,
 // `eod decompress CONTAINER OUT` (a raw record file of the frames) and
 // `eod demo --images` (a synthetic session with eye images through the "compact" profile).
-// Output goes to OUT.part first and takes OUT's name only when it is complete, so a failed
-// run leaves nothing behind.
+// Output goes to a temporary name first and takes OUT's name only when it is complete, so a
+// failed run leaves nothing behind.
 
 #include <chrono>
 #include <cmath>
@@ -23,6 +23,7 @@
 #include "commands.h"
 #include "framesource.h"
 #include "syntheticimage.h"
+#include "temporaryoutput.h"
 #include "toolerror.h"
 
 namespace eodtool {
@@ -32,28 +33,6 @@ namespace {
 using tq::eod::EngineOutputData;
 using Frame = boost::shared_ptr<EngineOutputData>;
 namespace fs = std::filesystem;
-
-// OUT.part, renamed to OUT by commit(); removed if the run ends before.
-class PartFile {
-  public:
-    explicit PartFile(std::string path) : _path(std::move(path)), _part(_path + ".part") {}
-    ~PartFile() {
-        std::error_code ignored;
-        if (!_committed) fs::remove(_part, ignored);
-    }
-    const std::string& part() const { return _part; }
-    void commit() {
-        std::error_code ec;
-        fs::rename(_part, _path, ec);
-        if (ec) throw ToolError(_path + ": " + ec.message());
-        _committed = true;
-    }
-
-  private:
-    std::string _path;
-    std::string _part;
-    bool _committed = false;
-};
 
 // The frame's encoding with its images' pixels left out: what VP8 must keep exactly.
 std::vector<unsigned char> withoutPixels(const EngineOutputData& frame) {
@@ -85,10 +64,10 @@ bool isContainerFile(const std::string& path) {
 
 int runCompressContainer(const ConvertOptions& options) {
     const std::unique_ptr<FrameSource> source = openRecording(options.in);
-    PartFile out(options.out);
+    TemporaryOutput out(options.out);
     try {
         tq::eod::io::CompressingFileWriter writer;
-        writer.open(out.part(),
+        writer.open(out.path(),
                     tq::eod::io::CompressionProfileRegistry::profile(options.profile));
         while (const Frame frame = source->next()) writer.writeFrame(*frame);
         writer.close();
@@ -100,12 +79,12 @@ int runCompressContainer(const ConvertOptions& options) {
 }
 
 int runDecompressContainer(const ConvertOptions& options) {
-    PartFile out(options.out);
+    TemporaryOutput out(options.out);
     try {
         tq::eod::io::DecompressingFileReader reader;
         reader.open(options.in);
         tq::eod::io::FileWriter writer;
-        if (!writer.open(out.part())) throw ToolError(options.out + ": cannot create file");
+        if (!writer.open(out.path())) throw ToolError(options.out + ": cannot create file");
         while (const Frame frame = reader.readFrame()) writer.write(*frame);
         if (reader.hasTornTail()) {
             throw ToolError(options.in + ": the file ends inside a frame (torn tail)");

@@ -20,6 +20,7 @@
 #include <eod/serializable.h>
 
 #include "commands.h"
+#include "temporaryoutput.h"
 #include "toolerror.h"
 
 namespace eodtool {
@@ -32,32 +33,6 @@ const int kLevel = 6;
 const int kMaxPendingRecords = 64;
 // Compressed bytes fed to the decoder at a time: an error is placed within this many bytes.
 const std::size_t kDecodeChunk = 4096;
-
-// The temporary file an output is written to, removed unless commit() renamed it.
-class TemporaryOutput {
-public:
-    explicit TemporaryOutput(const std::string& out)
-        : _out(out), _path(out + ".partial-" + std::to_string(::getpid())) {}
-    ~TemporaryOutput() {
-        std::error_code ec;
-        if (!_committed) fs::remove(_path, ec);
-    }
-    TemporaryOutput(const TemporaryOutput&) = delete;
-    TemporaryOutput& operator=(const TemporaryOutput&) = delete;
-
-    const std::string& path() const { return _path; }
-    void commit() {
-        std::error_code ec;
-        fs::rename(_path, _out, ec);
-        if (ec) throw ToolError(_out + ": " + ec.message());
-        _committed = true;
-    }
-
-private:
-    std::string _out;
-    std::string _path;
-    bool _committed = false;
-};
 
 // Inputs are read to their end: a FIFO or a device might never have one.
 void requireRegularFile(const std::string& path) {

@@ -12,35 +12,16 @@
 
 #include "commands.h"
 #include "framesource.h"
+#include "temporaryoutput.h"
 #include "toolerror.h"
 
 namespace eodtool {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// Removes the temporary file unless the run got as far as renaming it.
-class PartialFile {
-public:
-    explicit PartialFile(const std::string& path) : _path(path) {}
-    ~PartialFile() {
-        std::error_code ec;
-        if (!_kept) fs::remove(_path, ec);
-    }
-    void keep() { _kept = true; }
-    const std::string& path() const { return _path; }
-
-private:
-    std::string _path;
-    bool _kept = false;
-};
-
-}  // namespace
-
 int runUpgrade(const ConvertOptions& options) {
     const std::unique_ptr<FrameSource> source = openRecording(options.in);
-    PartialFile partial(options.out + ".partial");
+    TemporaryOutput partial(options.out);
     tq::eod::io::FileWriter writer;
     if (!writer.open(partial.path())) throw ToolError(options.out + ": cannot create file");
 
@@ -60,9 +41,7 @@ int runUpgrade(const ConvertOptions& options) {
     if (ec || static_cast<unsigned int>(on_disk) != written) {
         throw ToolError(options.out + ": cannot write");
     }
-    fs::rename(partial.path(), options.out, ec);
-    if (ec) throw ToolError(options.out + ": cannot replace: " + ec.message());
-    partial.keep();
+    partial.commit();
     std::cout << options.out << ": " << frames << " frames, " << upgraded << " upgraded\n";
     return 0;
 }
