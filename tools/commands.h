@@ -55,6 +55,7 @@ int runServe(const ServeOptions& options);
 int runRecord(const RecordOptions& options);
 int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
+int runRecover(const ConvertOptions& options);
 
 }  // namespace eodtool
 

@@ -82,6 +82,12 @@ int main(int argc, char** argv) {
     decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required();
     decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")->required();
 
+    ConvertOptions recover;
+    CLI::App* recover_cmd = app.add_subcommand(
+        "recover", "Copy every good record of a recording, drop torn tails and corrupt records, index it");
+    recover_cmd->add_option("IN", recover.in, "Log directory or log file to repair (only read)")->required();
+    recover_cmd->add_option("OUT", recover.out, "New directory or log file (must not exist)")->required();
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -102,6 +108,7 @@ int main(int argc, char** argv) {
         if (*record_cmd) return runRecord(record);
         if (*compress_cmd) return runCompress(compress);
         if (*decompress_cmd) return runDecompress(decompress);
+        if (*recover_cmd) return runRecover(recover);
     } catch (const ToolError& e) {
         std::cerr << "eod: " << e.what() << '\n';
         return kRuntimeFailure;

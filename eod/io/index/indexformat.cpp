@@ -8,6 +8,8 @@
 
 #include <eod/engineoutputdata.h>
 
+#include <eod/io/index/logindex.h>
+
 #include "eod/io/pathconversion.h"
 
 namespace tq {
@@ -100,9 +102,11 @@ bool readRecordHead(std::istream& in, std::uint64_t offset, RecordHead& head) {
     return true;
 }
 
-std::string indexPathOf(const std::string& log_path) {
-    const std::string log_ext = narrowPath(EngineOutputData::LOGFILE_EXTENSION());
-    const std::string index_ext = narrowPath(EngineOutputData::LOGFILE_INDEX_EXTENSION());
+}  // namespace detail
+
+std::string logIndexPath(const std::string& log_path) {
+    const std::string log_ext = detail::narrowPath(EngineOutputData::LOGFILE_EXTENSION());
+    const std::string index_ext = detail::narrowPath(EngineOutputData::LOGFILE_INDEX_EXTENSION());
     if (log_path.size() >= log_ext.size() &&
         log_path.compare(log_path.size() - log_ext.size(), log_ext.size(), log_ext) == 0) {
         return log_path.substr(0, log_path.size() - log_ext.size()) + index_ext;
@@ -110,7 +114,6 @@ std::string indexPathOf(const std::string& log_path) {
     return log_path + index_ext;
 }
 
-}  // namespace detail
 }  // namespace io
 }  // namespace eod
 }  // namespace tq

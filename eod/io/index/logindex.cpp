@@ -68,7 +68,7 @@ LogIndex LogIndex::fromFile(const std::string& log_path, bool verify_entries) {
 
 bool LogIndex::believeIndexFile() {
     std::ifstream& in = _file->index;
-    in.open(detail::indexPathOf(_log_path), std::ios_base::in | std::ios_base::binary);
+    in.open(logIndexPath(_log_path), std::ios_base::in | std::ios_base::binary);
     if (!in) return false;
     const std::uint64_t index_size = streamSize(in);
     unsigned char bytes[detail::INDEX_HEADER_SIZE];

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include <eod/io/engineoutputdatafileerror.h>
+#include <eod/io/index/logindex.h>
 
 #include "eod/io/index/indexformat.h"
 #include "eod/usageerror.h"
@@ -21,7 +22,7 @@ LogIndexWriter::~LogIndexWriter() {
 void LogIndexWriter::open(const std::string& log_path) {
     EOD_REQUIRE(!isOpen(), "index already open");
     _log_path = log_path;
-    _index_path = detail::indexPathOf(log_path);
+    _index_path = logIndexPath(log_path);
     _log_end = 0;
     _pending.clear();
     _pending_first = 0;

@@ -18,6 +18,9 @@ namespace tq {
 namespace eod {
 namespace io {
 
+// The index path of a log: X.itql for X.tql (the extension appended to other names).
+std::string logIndexPath(const std::string& log_path);
+
 class LogIndex {
   public:
     enum class Origin {
