@@ -48,6 +48,24 @@ struct ConvertOptions {
     std::string out;
 };
 
+struct FilterOptions {
+    std::string in;
+    std::string out;
+    std::vector<int> ids;  // empty: every log
+    unsigned int first_frame = 0;
+    unsigned int last_frame = 0xFFFFFFFFu;
+    bool has_time = false;
+    double first_time = 0;  // seconds from the first timing record
+    double last_time = 0;
+    unsigned int every = 1;
+};
+
+struct MergeOptions {
+    std::vector<std::string> in;
+    std::string out;
+    std::string prefer;  // "first", "last", or empty: a conflict fails the merge
+};
+
 int runDemo(const DemoOptions& options);
 int runInfo(const InfoOptions& options);
 int runCat(const CatOptions& options);
@@ -56,6 +74,8 @@ int runRecord(const RecordOptions& options);
 int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
 int runRecover(const ConvertOptions& options);
+int runFilter(const FilterOptions& options);
+int runMerge(const MergeOptions& options);
 
 }  // namespace eodtool
 

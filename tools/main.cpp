@@ -1,7 +1,10 @@
 // eod: record, replay, inspect and convert the frames of a face- and eye-tracking engine.
 // Exit status: 0 success, 1 runtime failure (one line on stderr), 2 usage error.
 
+#include <cmath>
 #include <iostream>
+#include <limits>
+#include <type_traits>
 
 #include <CLI/CLI.hpp>
 
@@ -17,6 +20,33 @@ namespace {
 
 const int kRuntimeFailure = 1;
 const int kUsageError = 2;
+
+// "A:B" with either end optional, 0 <= A <= B, into `first`/`last` (left as they are for a
+// missing end); a usage error naming the option otherwise.
+template <class T>
+void parseRange(const std::string& option, const std::string& text, T& first, T& last) {
+    const auto number = [&](const std::string& part, T& value) {
+        std::size_t used = 0;
+        const double d = std::stod(part, &used);
+        if (used != part.size() || !(d >= 0) || d > double(std::numeric_limits<T>::max()) ||
+            (std::is_integral<T>::value && d != std::floor(d))) {
+            throw std::invalid_argument(part);
+        }
+        value = static_cast<T>(d);
+    };
+    const std::string::size_type colon = text.find(':');
+    T a = first, b = last;
+    try {
+        if (colon == std::string::npos) throw std::invalid_argument(text);
+        if (colon > 0) number(text.substr(0, colon), a);
+        if (colon + 1 < text.size()) number(text.substr(colon + 1), b);
+        if (a > b) throw std::invalid_argument(text);
+    } catch (const std::exception&) {
+        throw CLI::ValidationError(option, "expected A:B with 0 <= A <= B, got '" + text + "'");
+    }
+    first = a;
+    last = b;
+}
 
 }  // namespace
 
@@ -88,6 +118,44 @@ int main(int argc, char** argv) {
     recover_cmd->add_option("IN", recover.in, "Log directory or log file to repair (only read)")->required();
     recover_cmd->add_option("OUT", recover.out, "New directory or log file (must not exist)")->required();
 
+    FilterOptions filter;
+    CLI::App* filter_cmd = app.add_subcommand(
+        "filter", "Copy part of a recording (ids, frame or time range, every n-th frame), indexed");
+    filter_cmd->add_option("IN", filter.in, "Log directory or log file (only read)")->required();
+    filter_cmd->add_option("OUT", filter.out, "New directory or log file (must not exist)")->required();
+    filter_cmd->add_option("--ids", filter.ids, "Keep the logs of these object ids (comma-separated)")
+        ->delimiter(',');
+    filter_cmd->add_option_function<std::string>(
+        "--frames", [&](const std::string& t) { parseRange("--frames", t, filter.first_frame, filter.last_frame); },
+        "Frame-number range A:B (either end optional)");
+    filter_cmd->add_option_function<std::string>(
+        "--time",
+        [&](const std::string& t) {
+            filter.has_time = true;
+            filter.last_time = 1e300;
+            parseRange("--time", t, filter.first_time, filter.last_time);
+        },
+        "Seconds from the first timing record T0:T1 (either end optional)");
+    filter_cmd->add_option("--every", filter.every, "Keep every N-th of the chosen frames")
+        ->check(CLI::PositiveNumber);
+
+    MergeOptions merge;
+    CLI::App* merge_cmd = app.add_subcommand(
+        "merge", "Join recordings frame by frame; conflicting records need --prefer");
+    merge_cmd
+        ->add_option_function<std::vector<std::string>>(
+            "IN... OUT",
+            [&](const std::vector<std::string>& paths) {
+                merge.in.assign(paths.begin(), paths.end() - 1);
+                merge.out = paths.back();
+            },
+            "Two or more log directories (or log files), then the new one (must not exist)")
+        ->required()
+        ->expected(3, -1);
+    merge_cmd->add_option("--prefer", merge.prefer,
+                          "Which input wins a conflict (same record type and frame, different bytes)")
+        ->check(CLI::IsMember({"first", "last"}));
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -109,6 +177,8 @@ int main(int argc, char** argv) {
         if (*compress_cmd) return runCompress(compress);
         if (*decompress_cmd) return runDecompress(decompress);
         if (*recover_cmd) return runRecover(recover);
+        if (*filter_cmd) return runFilter(filter);
+        if (*merge_cmd) return runMerge(merge);
     } catch (const ToolError& e) {
         std::cerr << "eod: " << e.what() << '\n';
         return kRuntimeFailure;
