@@ -1,5 +1,6 @@
 #include <eod/io/index/logindex.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include <eod/io/engineoutputdatafileerror.h>
@@ -101,24 +102,30 @@ bool LogIndex::believeIndexFile() {
 
 bool LogIndex::verifyFileEntries() {
     const std::size_t count = static_cast<std::size_t>(_file_count);
-    std::vector<unsigned char> bytes(count * detail::INDEX_ENTRY_SIZE);
+    std::vector<LogIndexEntry> entries(count);
     std::ifstream& in = _file->index;
     in.clear();
     in.seekg(static_cast<std::streamoff>(detail::INDEX_HEADER_SIZE));
-    if (!in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()))) {
-        return false;
-    }
-    if (detail::crc32Of(0, bytes.data(), bytes.size()) != _entries_crc) return false;
-    std::vector<LogIndexEntry> entries(count);
+    // Read in slices, so that checking a long index holds its entries and no copy of its bytes.
+    const std::size_t slice = 4096;
+    unsigned char bytes[slice * detail::INDEX_ENTRY_SIZE];
+    std::uint32_t crc = 0;
     bool monotonic = true;
-    for (std::size_t i = 0; i < count; ++i) {
-        entries[i] = decodeEntry(bytes.data() + i * detail::INDEX_ENTRY_SIZE);
-        if (i == 0 ? entries[i].offset != 0 : entries[i].offset <= entries[i - 1].offset) return false;
-        if (i > 0 && entries[i].frame_num < entries[i - 1].frame_num) monotonic = false;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(slice, count - done);
+        if (!in.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(n * detail::INDEX_ENTRY_SIZE))) {
+            return false;
+        }
+        crc = detail::crc32Of(crc, bytes, n * detail::INDEX_ENTRY_SIZE);
+        for (std::size_t k = 0; k < n; ++k, ++done) {
+            const LogIndexEntry e = decodeEntry(bytes + k * detail::INDEX_ENTRY_SIZE);
+            if (done == 0 ? e.offset != 0 : e.offset <= entries[done - 1].offset) return false;
+            if (done > 0 && e.frame_num < entries[done - 1].frame_num) monotonic = false;
+            entries[done] = e;
+        }
     }
-    if (count > 0 && entries.back().offset >= _file_end) return false;
-    if (monotonic != _monotonic) return false;
-    if (count > 0 && !confirms(count - 1)) return false;
+    if (crc != _entries_crc || monotonic != _monotonic) return false;
+    if (count > 0 && (entries.back().offset >= _file_end || !confirms(count - 1))) return false;
     // Believed whole: from here on the entries are served from memory.
     _memory = std::move(entries);
     _memory_end = _file_end;
