@@ -19,9 +19,12 @@ void rejectReadPos(int read_pos) {
 std::string readString(const Bytes& buffer, int& read_pos) {
     EOD_REQUIRE(read_pos >= 0, "read_pos is negative");
     const std::size_t start = static_cast<std::size_t>(read_pos);
-    const auto begin = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(start, buffer.size()));
-    const auto terminator = std::find(begin, buffer.end(), 0);
-    if (terminator == buffer.end()) {
+    // Searched in the readable bytes only, so the position after the terminator stays an int.
+    const std::size_t readable = readableSize(buffer);
+    const auto end = buffer.begin() + static_cast<std::ptrdiff_t>(readable);
+    const auto begin = buffer.begin() + static_cast<std::ptrdiff_t>(std::min(start, readable));
+    const auto terminator = std::find(begin, end, 0);
+    if (terminator == end) {
         throw SerializableError("Serializable::readBuffer() - Missing terminator for string.");
     }
     std::string s(begin, terminator);

@@ -7,7 +7,9 @@
 // read position. Values are copied with memcpy, never through a cast onto the buffer,
 // because after a one-byte object id every field is unaligned.
 
+#include <algorithm>
 #include <cassert>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -80,6 +82,14 @@ inline std::uint32_t loadU32LE(const unsigned char* p) {
 // Throws what checkReadPos promises for a position it refused.
 [[noreturn]] void rejectReadPos(int read_pos);
 
+// Read positions are ints: in a buffer over 2 GiB the bytes from INT_MAX on cannot be
+// reached, and every check below treats the buffer as ending there. So no position ever
+// passes INT_MAX and turns negative; such bytes read as missing (a library error or status
+// bit 4), never as a negative position.
+inline std::size_t readableSize(const Bytes& buffer) {
+    return std::min<std::size_t>(buffer.size(), static_cast<std::size_t>(INT_MAX));
+}
+
 // Throws std::invalid_argument for a negative position and SerializableError
 // "Serializable::checkReadPos() - Attempt to read past end of buffer." when fewer than
 // num_bytes bytes remain. Inline, since every field read goes through it; the widening
@@ -87,7 +97,8 @@ inline std::uint32_t loadU32LE(const unsigned char* p) {
 inline void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes) {
     assert(num_bytes > 0);
     if (read_pos < 0 ||
-        static_cast<long long>(read_pos) + num_bytes > static_cast<long long>(buffer.size())) {
+        static_cast<long long>(read_pos) + num_bytes >
+            static_cast<long long>(readableSize(buffer))) {
         rejectReadPos(read_pos);
     }
 }
@@ -95,7 +106,8 @@ inline void checkReadPos(const Bytes& buffer, int read_pos, int num_bytes) {
 // Bytes left after read_pos (0 when read_pos is at or past the end); read_pos must be >= 0.
 inline std::size_t bytesRemaining(const Bytes& buffer, int read_pos) {
     const std::size_t pos = static_cast<std::size_t>(read_pos);
-    return pos < buffer.size() ? buffer.size() - pos : 0;
+    const std::size_t size = readableSize(buffer);
+    return pos < size ? size - pos : 0;
 }
 
 template <std::size_t N>
@@ -152,21 +164,26 @@ template <class T>
 T readNumber(const Bytes& buffer, int& read_pos) {
     static_assert(std::is_arithmetic<T>::value, "numbers only");
     using U = typename UnsignedOfSize<sizeof(T)>::type;
-    checkReadPos(buffer, read_pos, static_cast<int>(sizeof(T)));
-    const unsigned char* p = buffer.data() + read_pos;
     U bits;
-    if constexpr (sizeof(T) == 1) {
-        bits = p[0];
-    } else if constexpr (sizeof(T) == 2) {
-        bits = loadU16(p);
-    } else if constexpr (sizeof(T) == 4) {
-        bits = loadU32(p);
+    if constexpr (sizeof(T) == 8) {
+        // Read as two 4-byte numbers, high half first, each checked on its own: when only
+        // the high half is there it is consumed and the position stays after it.
+        const std::uint64_t high = readNumber<std::uint32_t>(buffer, read_pos);
+        bits = (high << 32) | readNumber<std::uint32_t>(buffer, read_pos);
     } else {
-        bits = loadU64(p);
+        checkReadPos(buffer, read_pos, static_cast<int>(sizeof(T)));
+        const unsigned char* p = buffer.data() + read_pos;
+        if constexpr (sizeof(T) == 1) {
+            bits = p[0];
+        } else if constexpr (sizeof(T) == 2) {
+            bits = loadU16(p);
+        } else {
+            bits = loadU32(p);
+        }
+        read_pos += static_cast<int>(sizeof(T));
     }
     T value;
     std::memcpy(&value, &bits, sizeof value);
-    read_pos += static_cast<int>(sizeof(T));
     return value;
 }
 

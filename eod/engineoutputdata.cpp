@@ -13,6 +13,7 @@
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/inertiaoutputdata.h>
 #include <eod/timingoutputdata.h>
+#include <eod/upgrade.h>
 #include <eod/worldoutputdatav2.h>
 
 #include "eod/bytecodec.h"
@@ -188,22 +189,12 @@ boost::shared_ptr<FaceSetOutputData> addFaceSetOutputDataIfMissing(EngineOutputD
 
 namespace {
 
-// Moves the frame's own record of T into the face set unless the face set has one.
-template <class T>
-void moveIntoFaceSet(EngineOutputData& frame, FaceSetOutputData& face_set) {
-    const boost::shared_ptr<T> direct = frame.typedSubObject<T>(T::THIS_OBJECT_ID);
-    if (!direct || face_set.hasSubObjectID(T::THIS_OBJECT_ID)) return;
-    face_set.addSubObject(direct);
-    frame.removeSubObject(*direct);
-}
-
+// The face-set layout first, by the upgrade's own steps, so that an older record is moved or
+// converted rather than shadowed by a new default one.
 template <class T>
 boost::shared_ptr<T> addToFaceSetIfMissing(EngineOutputData& frame) {
-    const boost::shared_ptr<FaceSetOutputData> face_set = addFaceSetOutputDataIfMissing(frame);
-    moveIntoFaceSet<HeadOutputDataV2>(frame, *face_set);
-    moveIntoFaceSet<FaceOutputDataV2>(frame, *face_set);
-    moveIntoFaceSet<EyeOutputData>(frame, *face_set);
-    return face_set->typedSubObjectAddIfMissing<T>();
+    addFaceSetOutputDataIfMissing(frame);
+    return upgradeFaceSetOutputData(frame)->typedSubObjectAddIfMissing<T>();
 }
 
 }  // namespace

@@ -92,16 +92,24 @@ enum class StreamRead {
     data_failed,
     data_exception,
     unknown_skipped,
+    too_large,
 };
 
 struct StreamRecord {
     StreamRead outcome = StreamRead::ok;
     boost::shared_ptr<Serializable> object;
+    // The size of the record's header as read, and for a record refused as too large the
+    // size of its data.
+    unsigned int header_bytes = 0;
+    std::uint64_t data_bytes = 0;
 };
 
+const std::uint64_t kNoLimit = UINT64_MAX;
+
 // Fills `bytes` with the header, rewritten for the id and size, and the data.
+// A registered record larger than max_record_size is left unread (outcome too_large).
 StreamRecord readStreamRecord(std::istream& stream, unsigned int& status,
-                              std::vector<unsigned char>& bytes) {
+                              std::vector<unsigned char>& bytes, std::uint64_t max_record_size) {
     StreamRecord r;
     bytes.clear();
     // A stream whose exceptions() are set throws from the step under way; that step counts
@@ -125,14 +133,25 @@ StreamRecord readStreamRecord(std::istream& stream, unsigned int& status,
             return r;
         }
         unsigned int size = detail::loadU16(size_bytes);
+        r.header_bytes = Serializable::minHeaderBytes();
         if (size == Serializable::extendedHeaderSizeMagicCookie()) {
             if (!stream.read(reinterpret_cast<char*>(size_bytes), 4)) {
                 r.outcome = StreamRead::size_failed;
                 return r;
             }
             size = detail::loadU32(size_bytes);
+            r.header_bytes += 4;
         }
-        r.object = SerializableFactory::newObjectWithStatus(id, status);
+        unsigned int id_status = 0;
+        r.object = SerializableFactory::newObjectWithStatus(id, id_status);
+        status |= id_status;
+        if (r.object && r.header_bytes + std::uint64_t(size) > max_record_size) {
+            // Left to the caller, positioned after the header, without its data read.
+            r.object.reset();
+            r.outcome = StreamRead::too_large;
+            r.data_bytes = size;
+            return r;
+        }
         if (!r.object) {
             // Running into the end of the stream while skipping is not an error.
             on_throw = StreamRead::skip_failed;
@@ -249,14 +268,28 @@ boost::shared_ptr<Serializable> SerializableFactory::newObjectWithStatus(std::is
 boost::shared_ptr<Serializable> detail::newObjectWithStatus(std::istream& stream,
                                                             unsigned int& status,
                                                             std::vector<unsigned char>& bytes) {
-    StreamRecord r = readStreamRecord(stream, status, bytes);
+    RefusedRecord refused;
+    return newObjectWithStatus(stream, status, bytes, kNoLimit, refused);
+}
+
+boost::shared_ptr<Serializable> detail::newObjectWithStatus(std::istream& stream,
+                                                            unsigned int& status,
+                                                            std::vector<unsigned char>& bytes,
+                                                            std::uint64_t max_record_size,
+                                                            RefusedRecord& refused) {
+    StreamRecord r = readStreamRecord(stream, status, bytes, max_record_size);
+    refused = RefusedRecord();
+    if (r.outcome == StreamRead::too_large) {
+        refused.header_bytes = r.header_bytes;
+        refused.data_bytes = r.data_bytes;
+    }
     if (r.outcome == StreamRead::ok) {
         int read_pos = 0;
         unsigned int own_status = 0;
         r.object->unSerializeWithStatus(bytes, read_pos, own_status);
         status |= own_status;
         if (own_status & kFailed) r.object.reset();
-    } else if (r.outcome != StreamRead::unknown_skipped) {
+    } else if (r.outcome != StreamRead::unknown_skipped && r.outcome != StreamRead::too_large) {
         status |= Serializable::STATUS_NOT_ENOUGH_DATA;
     }
     // Kept for the next record, unless an unusually long one left it large.
@@ -267,7 +300,7 @@ boost::shared_ptr<Serializable> detail::newObjectWithStatus(std::istream& stream
 boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& stream) {
     unsigned int status = 0;
     std::vector<unsigned char> bytes;
-    StreamRecord r = readStreamRecord(stream, status, bytes);
+    StreamRecord r = readStreamRecord(stream, status, bytes, kNoLimit);
     switch (r.outcome) {
         case StreamRead::end_of_file:
             throw SerializableError(
@@ -292,6 +325,7 @@ boost::shared_ptr<Serializable> SerializableFactory::newObject(std::istream& str
             throw SerializableError(
                 "An exception occurred when trying to read object data from the stream");
         case StreamRead::unknown_skipped:
+        case StreamRead::too_large:  // not with kNoLimit
             return boost::shared_ptr<Serializable>();
         case StreamRead::ok:
             break;

@@ -1,6 +1,7 @@
 #ifndef EOD_STREAMRECORD_H
 #define EOD_STREAMRECORD_H
 
+#include <cstdint>
 #include <istream>
 #include <vector>
 
@@ -17,6 +18,20 @@ namespace detail {
 // reading a file does not allocate a buffer for each record.
 boost::shared_ptr<Serializable> newObjectWithStatus(std::istream& stream, unsigned int& status,
                                                     std::vector<unsigned char>& bytes);
+
+// A record that newObjectWithStatus left unread for its size; all zero when there was none.
+struct RefusedRecord {
+    unsigned int header_bytes = 0;
+    std::uint64_t data_bytes = 0;
+};
+
+// As above, but a record of a registered id whose header and data together take more than
+// max_record_size bytes is not read: null is returned with status unchanged, the stream is
+// left after the record's header, and `refused` describes the record.
+boost::shared_ptr<Serializable> newObjectWithStatus(std::istream& stream, unsigned int& status,
+                                                    std::vector<unsigned char>& bytes,
+                                                    std::uint64_t max_record_size,
+                                                    RefusedRecord& refused);
 
 }  // namespace detail
 }  // namespace eod

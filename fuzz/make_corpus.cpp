@@ -11,6 +11,7 @@
 #include <pty.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <boost/make_shared.hpp>
 #include <fstream>
@@ -297,6 +298,29 @@ void writeZlibSeeds(const std::string& dir) {
     writeSeed(
         dir, "plain-frames",
         concat({{3}, framed(1, frame), framed(2, Bytes()), framed(3, unknown), framed(4, older)}));
+
+    // Frames of length 0 (tag, CRC 0, length 0) are legal and cost 12 bytes each before
+    // compression and almost nothing after: a decompression bomb for the decoder's queue.
+    // Frames of tag 0, as many zero bytes: more than the decoder queues at a time, few
+    // enough to keep an execution short.
+    const Bytes empty_frames(60000 * io::ZLibDecoder::FRAME_HEADER_BYTES, 0);
+    Bytes counted;
+    for (unsigned int tag = 0; tag < 100; ++tag) {
+        const Bytes f = framed(tag, Bytes());
+        counted.insert(counted.end(), f.begin(), f.end());
+    }
+    writeSeed(dir, "empty-frames-plain", concat({{1}, counted}));
+    z_stream z{};
+    deflateInit2(&z, Z_BEST_COMPRESSION, Z_DEFLATED, -15, 9, Z_DEFAULT_STRATEGY);
+    Bytes bomb(deflateBound(&z, empty_frames.size()));
+    z.next_in = const_cast<Bytef*>(empty_frames.data());
+    z.avail_in = static_cast<uInt>(empty_frames.size());
+    z.next_out = bomb.data();
+    z.avail_out = static_cast<uInt>(bomb.size());
+    deflate(&z, Z_FULL_FLUSH);
+    bomb.resize(z.total_out);
+    deflateEnd(&z);
+    writeSeed(dir, "empty-frames-bomb", concat({{0}, bomb}));
 }
 
 // A recording as the log writer leaves it, packed as the log reader target reads it: flags
@@ -355,5 +379,6 @@ int main(int argc, char** argv) {
     writeSerialSeeds(root + "/serialport_fuzz");
     writeZlibSeeds(root + "/zlibdecoder_fuzz");
     writeLogSeeds(root + "/logfilereader_fuzz");
+    writeRecordSeeds(root + "/upgrade_fuzz");
     return 0;
 }

@@ -44,10 +44,16 @@ struct Reading {
     bool failed = false;
 };
 
+// Drains the queue. Taking items goes on decoding input the decoder held back, so it may
+// raise the decoder's errors too; the items after such an error are still taken.
 void takeItems(ZLibDecoder& decoder, Reading& reading) {
     for (;;) {
         unsigned int status = 0;
-        const DecoderData data = decoder.getNextWithStatus(status);
+        DecoderData data;
+        if (!eodfuzz::allowingLibraryErrors([&] { data = decoder.getNextWithStatus(status); })) {
+            reading.failed = true;
+            continue;
+        }
         if (status & Serializable::STATUS_NOT_ENOUGH_DATA) return;
         Item item{data.tag, status, Bytes()};
         if (data.record) {
@@ -72,8 +78,12 @@ Reading decode(const Bytes& compressed, bool whole, std::size_t first) {
             reading.failed = true;
         }
         takeItems(decoder, reading);
+        // The queue stays bounded however many frames the bytes hold.
+        EOD_FUZZ_EXPECT(decoder.numHeldBytes() == 0);
         done += n;
     }
+    // A CRC mismatch drops bytes without an exception; it ends the comparison the same way.
+    if (decoder.numCrcMismatches() > 0) reading.failed = true;
     return reading;
 }
 

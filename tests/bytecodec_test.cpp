@@ -2,9 +2,12 @@
 
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
+
+#include <eod/eod.h>
 
 #include "eod/bytecodec.h"
 #include "eod/fieldcodec.h"
@@ -170,10 +173,14 @@ TEST(ByteCodec, CheckReadPos) {
     EXPECT_EQ(serializableError([&] { detail::readNumber<int>(b, read_pos); }),
               "Serializable::checkReadPos() - Attempt to read past end of buffer.");
     EXPECT_EQ(read_pos, 4);
-    // An 8-byte number needs both halves present.
-    read_pos = 0;
-    EXPECT_EQ(serializableError([&] { detail::readNumber<double>(b, read_pos); }),
-              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    // An 8-byte number is checked a 4-byte half at a time: a missing low half fails after
+    // the high half was consumed, a missing high half before anything moved.
+    for (const auto& [start, after] : {std::pair<int, int>{0, 4}, {3, 3}}) {
+        read_pos = start;
+        EXPECT_EQ(serializableError([&] { detail::readNumber<double>(b, read_pos); }),
+                  "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+        EXPECT_EQ(read_pos, after);
+    }
     // A position near INT_MAX must not wrap round into the buffer.
     EXPECT_EQ(serializableError([&] { detail::checkReadPos(b, INT_MAX, 4); }),
               "Serializable::checkReadPos() - Attempt to read past end of buffer.");
@@ -185,3 +192,57 @@ TEST(ByteCodec, CheckReadPos) {
 }
 
 }  // namespace
+
+// Positions are ints: in a buffer over 2 GiB the bytes from INT_MAX on read as missing, so
+// skipping or reading there gives library errors or bit 4, never a negative position. Needs
+// 2 GiB of memory, so it runs only when EOD_TEST_LARGE_BUFFERS is set.
+TEST(ByteCodec, BufferOverTwoGibibytes) {
+    if (std::getenv("EOD_TEST_LARGE_BUFFERS") == nullptr) {
+        GTEST_SKIP() << "set EOD_TEST_LARGE_BUFFERS=1 to run (allocates 2 GiB)";
+    }
+    Bytes big(std::size_t(INT_MAX) + 64, 0);
+    const auto putHeader = [&](std::size_t at, char id, std::uint32_t size) {
+        big[at] = static_cast<unsigned char>(id);
+        big[at + 1] = big[at + 2] = 0xFF;
+        detail::storeU32(&big[at + 3], size);
+    };
+    // An unknown record that ends past INT_MAX: not skipped, reported as incomplete.
+    putHeader(0, 50, INT_MAX);
+    int read_pos = 0;
+    unsigned int status = 0;
+    EXPECT_FALSE(SerializableFactory::newObjectWithStatus(big, read_pos, status));
+    EXPECT_EQ(status, Serializable::STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(read_pos, 0);
+    // One that ends exactly at INT_MAX is skipped; after it nothing more can be read.
+    putHeader(0, 50, INT_MAX - 7);
+    status = 0;
+    EXPECT_FALSE(SerializableFactory::newObjectWithStatus(big, read_pos, status));
+    EXPECT_EQ(status, Serializable::STATUS_UNKNOWN_OBJECT_ID);
+    EXPECT_EQ(read_pos, INT_MAX);
+    status = 0;
+    EXPECT_FALSE(SerializableFactory::newObjectWithStatus(big, read_pos, status));
+    EXPECT_EQ(status, Serializable::STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(read_pos, INT_MAX);
+    // Numbers, strings and raw bytes that would cross INT_MAX.
+    read_pos = INT_MAX - 2;
+    EXPECT_EQ(serializableError([&] { detail::readNumber<std::uint32_t>(big, read_pos); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    big[std::size_t(INT_MAX) + 1] = 0;
+    big[std::size_t(INT_MAX) - 2] = 'a';
+    big[std::size_t(INT_MAX) - 1] = 'b';
+    EXPECT_EQ(serializableError([&] { detail::readString(big, read_pos); }),
+              "Serializable::readBuffer() - Missing terminator for string.");
+    unsigned char raw[4];
+    EXPECT_EQ(serializableError([&] { detail::readRaw(big, read_pos, raw, 4); }),
+              "Serializable::checkReadPos() - Attempt to read past end of buffer.");
+    EXPECT_EQ(read_pos, INT_MAX - 2);
+    // A compressed record whose payload would cross INT_MAX.
+    const std::size_t at = std::size_t(INT_MAX) - 64;
+    putHeader(at, CompressedSerializable::THIS_OBJECT_ID, 4 + 100);
+    detail::storeU32(&big[at + 7], 100);
+    read_pos = static_cast<int>(at);
+    status = 0;
+    EXPECT_FALSE(SerializableFactory::newObjectWithStatus(big, read_pos, status));
+    EXPECT_EQ(status, Serializable::STATUS_NOT_ENOUGH_DATA);
+    EXPECT_EQ(read_pos, static_cast<int>(at));
+}

@@ -1,6 +1,7 @@
 #include <eod/eod.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <random>
@@ -351,6 +352,36 @@ TEST_F(LogFiles, NameTable) {
     EXPECT_EQ(EngineOutputDataFileWriter::objectIDToFileName(96), L"Token");
 }
 
+// Entries named like logs that are no regular files are passed over and listed: a FIFO
+// would block the opening, a link loop cannot be examined.
+TEST_F(LogFiles, OddDirectoryEntriesAreSkippedAndListed) {
+    const std::vector<Bytes> written = record(6);
+    ASSERT_EQ(::mkfifo((dir / "Fifo.tql").c_str(), 0600), 0);
+    fs::create_symlink("Loop.tql", dir / "Loop.tql");
+    fs::create_symlink("missing", dir / "Dangling.tql");
+    fs::create_directory(dir / "store");
+    fs::rename(dir / "Eye.tql", dir / "store" / "Eye.tql");
+    fs::create_symlink("store/Eye.tql", dir / "Eye.tql");
+    fs::create_directory(dir / "Folder.tql");
+    EngineOutputDataFileReader reader;
+    reader.openFiles(dir.wstring());
+    const std::wstring base = dir.wstring() + L"/";
+    EXPECT_EQ(reader.skippedFiles(),
+              (std::vector<std::wstring>{base + L"Dangling.tql", base + L"Fifo.tql",
+                                         base + L"Folder.tql", base + L"Loop.tql"}));
+    EXPECT_EQ(readAll(reader), written) << "a link to a log file is read";
+    reader.closeFiles();
+
+    // Named directly, a non-regular file is refused with the reason.
+    for (const char* name : {"Fifo.tql", "Folder.tql"}) {
+        const std::string path = (dir / name).string();
+        EXPECT_EQ(errorText([&] { reader.openFile(path); }),
+                  "EngineOutputDataFileReader::openFiles - could not open file " + path +
+                      ": not a regular file");
+        reader.closeFiles();
+    }
+}
+
 TEST_F(LogFiles, DirectorySearch) {
     record(4);
     // A trailing separator is kept and another one added, in the paths and in the texts.
@@ -385,8 +416,7 @@ TEST_F(LogFiles, DirectorySearch) {
 
 TEST_F(LogFiles, GarbageAndForeignRecordsAreCorruptLogs) {
     const fs::path path = dir / "Head.tql";
-    const std::string corrupt =
-        "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " + path.string();
+    const std::string corrupt = "EngineOutputDataFileReader::readData() - corrupt or invalid logfile";
     EngineOutputData frame;
     frame.setFrameNum(9);
     add<Head>(frame, 1);
@@ -416,6 +446,7 @@ TEST_F(LogFiles, GarbageAndForeignRecordsAreCorruptLogs) {
             }
         } catch (const EngineOutputDataFileError& e) {
             EXPECT_EQ(e.what(), corrupt);
+            EXPECT_EQ(e.path(), path.string());
         } catch (const SerializableError&) {
             // Two records of one id in a frame: refused by the composite.
         }
@@ -448,8 +479,9 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
     const Bytes head_file = readFile(head_path);
     ASSERT_EQ(head_file.size(), end);
 
+    for (const bool torn_tails_last : {false, true})
     for (std::size_t cut = 0; cut < head_file.size(); ++cut) {
-        SCOPED_TRACE(cut);
+        SCOPED_TRACE(testing::Message() << "cut " << cut << " last " << torn_tails_last);
         writeFile(head_path, Bytes(head_file.begin(), head_file.begin() + std::ptrdiff_t(cut)));
         std::size_t complete = 0;
         while (complete < head_ends.size() && head_ends[complete] <= cut) ++complete;
@@ -457,6 +489,7 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
 
         EngineOutputDataFileReader reader;
         reader.openFiles(dir.wstring());
+        reader.setTornTailsLast(torn_tails_last);
         std::vector<Bytes> before_error, after_error;
         bool failed = false;
         for (;;) {
@@ -467,17 +500,24 @@ TEST_F(LogFiles, TruncatedRecordingYieldsEveryCompleteFrameThenTheError) {
             } catch (const EngineOutputDataFileError& e) {
                 ASSERT_FALSE(failed);
                 EXPECT_EQ(std::string(e.what()),
-                          "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
-                              head_path.string());
+                          "EngineOutputDataFileReader::readData() - corrupt or invalid logfile");
+                EXPECT_EQ(e.path(), head_path.string());
                 failed = true;
             }
         }
         EXPECT_EQ(failed, torn);
+        // The Head file gives its complete frames; then, by default, its torn tail raises
+        // the error at once and the Timing file goes on after it.
         std::vector<Bytes> expected(full.begin(), full.begin() + std::ptrdiff_t(complete));
-        expected.insert(expected.end(), timing_only.begin() + std::ptrdiff_t(complete),
-                        timing_only.end());
-        EXPECT_EQ(before_error, expected) << "the other files go on before the error";
-        EXPECT_TRUE(after_error.empty());
+        const std::vector<Bytes> rest(timing_only.begin() + std::ptrdiff_t(complete),
+                                      timing_only.end());
+        if (torn_tails_last || !torn) {
+            expected.insert(expected.end(), rest.begin(), rest.end());
+            EXPECT_TRUE(after_error.empty());
+        } else {
+            EXPECT_EQ(after_error, rest);
+        }
+        EXPECT_EQ(before_error, expected);
     }
 }
 
@@ -501,19 +541,36 @@ TEST_F(LogFiles, TornTailIsReportedAfterTheFramesOfTheOtherFiles) {
     const Bytes head_file = readFile(head_path);
     writeFile(head_path, Bytes(head_file.begin(), head_file.end() - 1));
 
+    const std::string corrupt = "EngineOutputDataFileReader::readData() - corrupt or invalid logfile";
     EngineOutputDataFileReader reader;
+    EXPECT_FALSE(reader.tornTailsLast());
     reader.openFiles(dir.wstring());
+    reader.setTornTailsLast(true);
     std::vector<Bytes> frames;
     EXPECT_EQ(errorText([&] {
                   while (const FramePtr frame = reader.readData()) {
                       frames.push_back(encode(*frame));
                   }
               }),
-              "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
-                  (dir / "Head.tql").string());
+              corrupt);
     EXPECT_EQ(frames, written);
     EXPECT_TRUE(reader.endOfData());
     EXPECT_FALSE(reader.readData());
+    reader.closeFiles();
+
+    // By default the error comes as soon as the Head file's torn record is read, after its
+    // frames 0 to 4; endOfData() reads the files' next records too.
+    reader.setTornTailsLast(false);
+    reader.openFiles(dir.wstring());
+    frames.clear();
+    for (int i = 0; i < 5; ++i) frames.push_back(encode(*reader.readData()));
+    EXPECT_EQ(frames, std::vector<Bytes>(written.begin(), written.begin() + 5));
+    EXPECT_EQ(errorText([&] { reader.endOfData(); }), corrupt);
+    EXPECT_FALSE(reader.endOfData());
+    frames.clear();
+    while (const FramePtr frame = reader.readData()) frames.push_back(encode(*frame));
+    EXPECT_EQ(frames, std::vector<Bytes>(written.begin() + 5, written.end()));
+    EXPECT_TRUE(reader.endOfData());
 }
 
 TEST_F(LogFiles, FlushHandsEveryFrameToTheSystem) {

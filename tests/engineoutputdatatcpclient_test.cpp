@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <chrono>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -168,14 +170,57 @@ TEST(EngineOutputDataTcpClient, AnExpiredWaitKeepsThePartialFrame) {
     EXPECT_EQ(s.receiveEncoded(), frame);
 }
 
-TEST(EngineOutputDataTcpClient, ASenderThatDiesMidFrameGivesNoFrameAndDisconnects) {
+// The client stays connected and keeps the part of the frame it got, so that the caller
+// can tell a clean end from one inside a record.
+TEST(EngineOutputDataTcpClient, ASenderThatDiesMidFrameLeavesItsBytesBuffered) {
     Stream s;
+    const Bytes skipped = {50, 0x00, 0x02, 1, 2};
     const Bytes frame = encodeFrame(5, 4);
+    s.sender->send(concat({skipped, frame}));
     s.send(frame, 0, frame.size() - 1);
     s.sender->close();
-    EXPECT_EQ(s.receiveEncoded(), Bytes());
-    EXPECT_FALSE(s.client.isConnected());
-    EXPECT_THROW(s.client.receive(0), std::invalid_argument);
+    EXPECT_EQ(s.receiveEncoded(), frame);
+    EXPECT_FALSE(s.client.peerClosed());
+    for (int call = 0; call < 2; ++call) {
+        EXPECT_EQ(s.receiveEncoded(), Bytes());
+        EXPECT_TRUE(s.client.peerClosed());
+        EXPECT_TRUE(s.client.isConnected());
+        EXPECT_EQ(s.client.bufferedBytes(), frame.size() - 1);
+    }
+    EXPECT_EQ(s.client.bytesReceived(), skipped.size() + 2 * frame.size() - 1);
+    EXPECT_EQ(s.client.skippedRecords(), (std::map<int, std::uint64_t>{{50, 1}}));
+    s.client.disconnect();
+    EXPECT_EQ(s.client.bufferedBytes(), 0u);
+    s.reconnect();
+    EXPECT_FALSE(s.client.peerClosed());
+    EXPECT_EQ(s.client.bytesReceived(), 0u);
+    EXPECT_TRUE(s.client.skippedRecords().empty());
+}
+
+// A sender that streams records of other ids without pause: with the whole-call time-out,
+// every call returns on time, and the frame sent after them still arrives.
+TEST(EngineOutputDataTcpClient, AWholeCallTimeoutReturnsWhileOtherRecordsPourIn) {
+    Stream s;
+    EXPECT_FALSE(s.client.wholeCallTimeout());
+    s.client.setWholeCallTimeout(true);
+    const Bytes other(3 << 18, 0);  // records of id 0, three bytes each
+    std::thread peer([&] {
+        s.sender->send(other);
+        s.sender->send(encodeFrame(7, 1));
+    });
+    Bytes frame;
+    int empty_calls = 0;
+    const auto start = std::chrono::steady_clock::now();
+    while (frame.empty() && std::chrono::steady_clock::now() - start < std::chrono::milliseconds(kPatientMs)) {
+        const auto call = std::chrono::steady_clock::now();
+        frame = s.receiveEncoded(5);
+        EXPECT_LT(std::chrono::steady_clock::now() - call, std::chrono::milliseconds(500));
+        if (frame.empty()) ++empty_calls;
+    }
+    peer.join();
+    EXPECT_EQ(frame, encodeFrame(7, 1));
+    EXPECT_GT(empty_calls, 1);
+    EXPECT_EQ(s.client.skippedRecords().at(0), other.size() / 3);
 }
 
 TEST(EngineOutputDataTcpClient, ReconnectingForgetsTheOldConnectionsBytes) {

@@ -174,42 +174,61 @@ TEST_F(FileWriterTest, BufferedOutputFileStream) {
         EngineOutputData().writeToBinaryStream(out);
         // Nothing has left the buffer yet.
         EXPECT_EQ(readFile(path).size(), 0u);
-        out.setBufferSize(16);
-        EXPECT_EQ(out.bufferSize(), 16);
-        EngineOutputData().writeToBinaryStream(out);
+        EXPECT_EQ(out.tellp(), 9);
     }
-    EXPECT_EQ(readFile(path), concat({encode(EngineOutputData()), encode(EngineOutputData())}));
+    EXPECT_EQ(readFile(path), encode(EngineOutputData()));
     {
-        BufferedOutputFileStream out(dir.path().wstring() + L"/\u00e9.raw", std::ios_base::binary,
-                                     0);
+        const int mode = std::ios_base::binary | std::ios_base::app;
+        BufferedOutputFileStream out(dir.path().wstring() + L"/\u00e9.raw", mode, 0);
         EngineOutputData().writeToBinaryStream(out);
         EXPECT_EQ(readFile(dir.file("\xC3\xA9.raw")).size(), 9u);
     }
+    BufferedOutputFileStream missing(dir.file("no/such/dir.raw"), std::ios_base::binary, 16);
+    EXPECT_FALSE(missing.is_open());
+    EXPECT_TRUE(missing.fail());
 }
 
-// When bytes reach the system, as the stream's header describes it: a buffer of n bytes
-// holds n - 1; a write that does not fit, or of 1 KiB or more, goes through whole together
-// with what is pending.
+// A new size on an open stream hands over what is pending and is used from then on.
+TEST_F(FileWriterTest, BufferedOutputFileStreamResizesWhileOpen) {
+    const std::string path = dir.file("resized.raw");
+    BufferedOutputFileStream out(path, std::ios_base::binary, 4096);
+    out.write("abc", 3);
+    out.setBufferSize(16);
+    EXPECT_EQ(out.bufferSize(), 16);
+    EXPECT_EQ(readFile(path).size(), 3u) << "the old buffer was handed over";
+    for (int i = 0; i < 40; ++i) out.put('x');
+    // 16-byte buffer: 32 of the 40 bytes have gone through, 8 wait.
+    EXPECT_EQ(readFile(path).size(), 35u);
+    out.setBufferSize(0);
+    EXPECT_EQ(readFile(path).size(), 43u);
+    out.write("yz", 2);
+    EXPECT_EQ(readFile(path).size(), 45u) << "no buffer: straight through";
+    out.setBufferSize(64);
+    out.write("w", 1);
+    out.close();
+    EXPECT_FALSE(out.is_open());
+    EXPECT_EQ(readFile(path).size(), 46u) << "close() hands over the buffer";
+}
+
+// When bytes reach the system: a write that fits the free space waits in the buffer; any
+// other write first hands over what is pending, then waits in the emptied buffer when it
+// fits or goes through at once.
 TEST_F(FileWriterTest, BufferedOutputFileStreamHandsOverWholeWrites) {
     const std::string small(10, 's');
-    const std::string fill(53, 'f');
-    const std::string large(1024, 'l');
+    const std::string fill(54, 'f');
+    const std::string large(100, 'l');
     const std::string path = dir.file("whole.raw");
     BufferedOutputFileStream out(path, std::ios_base::binary, 64);
     out.write(small.data(), 10);
     EXPECT_EQ(readFile(path).size(), 0u);
-    out.write(fill.data(), 53);  // exactly the free space
-    EXPECT_EQ(readFile(path).size(), 63u);
+    out.write(fill.data(), 54);  // exactly the free space
+    EXPECT_EQ(readFile(path).size(), 0u);
     out.write(small.data(), 10);
-    EXPECT_EQ(readFile(path).size(), 63u);
+    EXPECT_EQ(readFile(path).size(), 64u) << "the full buffer went, the new write waits";
+    out.write(large.data(), 100);
+    EXPECT_EQ(readFile(path).size(), 174u) << "larger than the buffer: through at once";
     out.flush();
-    EXPECT_EQ(readFile(path).size(), 73u);
-
-    const std::string big_path = dir.file("large.raw");
-    BufferedOutputFileStream big(big_path, std::ios_base::binary, 65536);
-    big.write(small.data(), 10);
-    big.write(large.data(), 1024);
-    EXPECT_EQ(readFile(big_path).size(), 1034u);
+    EXPECT_EQ(readFile(path).size(), 174u);
 }
 
 }  // namespace

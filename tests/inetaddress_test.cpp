@@ -95,9 +95,16 @@ TEST(InetAddress, AnUnknownNameLeavesTheAddressAndExplainsWhy) {
     EXPECT_EQ(netLibErrorString("lookup"), "lookup: Authoritative answer host not found.");
 }
 
-TEST(InetAddress, ConstructingFromAnUnknownNameThrows) {
+TEST(InetAddress, ConstructingFromAnUnknownNameKeepsTheWildcardAddress) {
+    const InetAddress address(7, kUnresolvable);
+    EXPECT_EQ(address.getHostIP(), "0.0.0.0");
+    EXPECT_EQ(address.getPort(), 7);
+}
+
+TEST(InetAddress, ResolvingAnUnknownNameThrows) {
+    EXPECT_EQ(InetAddress::resolve(9, "10.0.0.1"), InetAddress(9, "10.0.0.1"));
     try {
-        InetAddress address(7, kUnresolvable);
+        InetAddress::resolve(7, kUnresolvable);
         FAIL() << "no exception";
     } catch (const InetAddressException& e) {
         EXPECT_EQ(std::string(e.what()), "Could not resolve host '" + kUnresolvable +

@@ -202,26 +202,31 @@ TEST_F(LogIndexTest, StaleTruncatedOrLyingIndexFallsBackToTheLog) {
         c.spoil(*this);
         EXPECT_EQ(LogIndex::open(log("FaceSet.tql")).origin(), c.origin);
         EXPECT_EQ(LogIndex::openVerified(log("FaceSet.tql")).origin(), c.origin);
+        // Read on past every error, as a caller that wants every good frame does.
         for (const auto& r : std::vector<std::pair<unsigned, unsigned>>{{150, 160}, {0, kMax}}) {
             FrameRangeReader reader;
             reader.open(rec());
             reader.setRange(r.first, r.second);
-            Frames got;
-            try {
-                while (auto frame = reader.readData()) got.push_back(bytesOf(*frame));
-            } catch (const EngineOutputDataFileError&) {
-                // the damaged log itself, as the full merge reports it
-            }
-            Frames expected;
             EngineOutputDataFileReader all;
             all.openFiles(rec());
-            try {
-                while (auto frame = all.readData()) {
+            Frames got, expected;
+            for (int calls = 0; calls < 1000; ++calls) {
+                try {
+                    const auto frame = reader.readData();
+                    if (!frame) break;
+                    got.push_back(bytesOf(*frame));
+                } catch (const EngineOutputDataFileError&) {
+                }
+            }
+            for (int calls = 0; calls < 1000; ++calls) {
+                try {
+                    const auto frame = all.readData();
+                    if (!frame) break;
                     if (frame->frameNum() >= r.first && frame->frameNum() <= r.second) {
                         expected.push_back(bytesOf(*frame));
                     }
+                } catch (const EngineOutputDataFileError&) {
                 }
-            } catch (const EngineOutputDataFileError&) {
             }
             EXPECT_EQ(got, expected) << r.first << ":" << r.second;
         }

@@ -315,12 +315,32 @@ TEST(ZLibEncoder, DisabledRecordIsRefusedAndTheStreamGoesOn) {
     expectRecords(decodeInBlocks(out, 1024), records);
 }
 
-TEST(ZLibEncoder, RecordLongerThanTheMaximumIsRefused) {
+// The codec itself carries records of any size: a frame of three 4K colour images.
+TEST(ZLibCodec, SeventyFiveMegabyteFrameRoundTrips) {
+    const unsigned int width = 3840, height = 2160, line = width * 3;
+    Bytes pixels(std::size_t(line) * height);
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<unsigned char>(i / 4093);
+    const boost::shared_ptr<ImageCollectionOutputData> images(new ImageCollectionOutputData());
+    for (const char* camera : {"left", "centre", "right"}) {
+        boost::shared_ptr<ImageOutputData> image(new ImageOutputData());
+        image->setNewImage(width, height, line, pixels.data(), 1);
+        image->setImageIdentifier(camera);
+        ASSERT_TRUE(images->addImage(image));
+    }
+    EngineOutputData frame;
+    frame.setFrameNum(7);
+    frame.addSubObject(images);
+    ASSERT_GT(frame.numTotalBytes(), 74000000u);
+
     ZLibEncoder encoder(1, 0);
     Bytes out;
-    const CompressedSerializable huge(Bytes(ZLibEncoder::MAX_RECORD_LENGTH, 0));
-    EXPECT_THROW(encoder.encode(huge, 1, out), SerializableError);
-    EXPECT_TRUE(out.empty());
+    encoder.encode(frame, 3, out);
+    encoder.flush(out);
+    const std::vector<DecoderData> items = decodeInBlocks(out, 1 << 20);
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0].tag, 3u);
+    ASSERT_TRUE(items[0].record);
+    EXPECT_TRUE(encode(*items[0].record) == encode(frame));
 }
 
 TEST(ZLibDecoder, SameRecordsInEveryChunking) {
@@ -442,18 +462,15 @@ TEST(ZLibDecoder, UndecodableRecordIsSkippedAndReportedAfterTheRest) {
     }
 }
 
-TEST(ZLibDecoder, CrcMismatchResetsAndKeepsEarlierRecords) {
+TEST(ZLibDecoder, CrcMismatchResetsQuietlyAndKeepsEarlierRecords) {
     const Bytes record = encode(EngineOutputData());
     std::vector<Bytes> frames = {frameOf(1, record), frameOf(2, record, 0xDEADBEEF),
                                  frameOf(3, record)};
     const Bytes compressed = deflateRaw(frames, 6, -15, Z_FULL_FLUSH);
     ZLibDecoder decoder;
-    try {
-        decoder.decode(compressed.data(), unsigned(compressed.size()));
-        FAIL();
-    } catch (const SerializableError& e) {
-        EXPECT_STREQ(e.what(), "ZLibDecoder::decode() - CRC mismatch");
-    }
+    EXPECT_EQ(decoder.numCrcMismatches(), 0u);
+    EXPECT_NO_THROW(decoder.decode(compressed.data(), unsigned(compressed.size())));
+    EXPECT_EQ(decoder.numCrcMismatches(), 1u);
     std::vector<DecoderData> items = drain(decoder);
     ASSERT_EQ(items.size(), 1u) << "the third record went with the rest of the input";
     EXPECT_EQ(items[0].tag, 1u);
@@ -464,6 +481,7 @@ TEST(ZLibDecoder, CrcMismatchResetsAndKeepsEarlierRecords) {
     const Bytes fresh = encodeAll(records, 6, 0);
     decoder.decode(fresh.data(), unsigned(fresh.size()));
     expectRecords(drain(decoder), records);
+    EXPECT_EQ(decoder.numCrcMismatches(), 1u);
 }
 
 TEST(ZLibDecoder, InflateErrorIsReportedAndTheDecoderRecovers) {
@@ -486,8 +504,9 @@ TEST(ZLibDecoder, InflateErrorIsReportedAndTheDecoderRecovers) {
     expectRecords(drain(decoder), records);
 }
 
-TEST(ZLibDecoder, OversizedLengthIsRejectedAtOnce) {
-    for (std::uint32_t length : {0xFFFFFFFFu, ZLibDecoder::MAX_RECORD_LENGTH + 1}) {
+TEST(ZLibDecoder, LengthAboveTheChosenLimitIsRejectedAtOnce) {
+    const std::uint32_t limit = 1u << 20;
+    for (std::uint32_t length : {0xFFFFFFFFu, limit + 1}) {
         SCOPED_TRACE(length);
         Bytes frame;
         detail::appendU32LE(frame, 1);
@@ -495,8 +514,14 @@ TEST(ZLibDecoder, OversizedLengthIsRejectedAtOnce) {
         detail::appendU32LE(frame, length);
         const Bytes compressed = deflateRaw({frame}, 6, -15, Z_FULL_FLUSH);
         ZLibDecoder decoder;
-        EXPECT_THROW(decoder.decode(compressed.data(), unsigned(compressed.size())),
-                     SerializableError);
+        EXPECT_EQ(decoder.maxRecordLength(), ZLibDecoder::NO_RECORD_LENGTH_LIMIT);
+        decoder.setMaxRecordLength(limit);
+        try {
+            decoder.decode(compressed.data(), unsigned(compressed.size()));
+            FAIL();
+        } catch (const SerializableError& e) {
+            EXPECT_STREQ(e.what(), "ZLibDecoder::decode() - record length exceeds the maximum");
+        }
         EXPECT_EQ(decoder.numPendingBytes(), 0u);
     }
 }
@@ -507,7 +532,7 @@ TEST(ZLibDecoder, LongestLengthWaitsWithoutReservingMemory) {
     Bytes frame;
     detail::appendU32LE(frame, 1);
     detail::appendU32LE(frame, 0);
-    detail::appendU32LE(frame, ZLibDecoder::MAX_RECORD_LENGTH);
+    detail::appendU32LE(frame, 0xFFFFFFFFu);
     frame.insert(frame.end(), 100, 0x09);
     const Bytes compressed = deflateRaw({frame}, 6, -15, Z_FULL_FLUSH);
     ZLibDecoder decoder;
@@ -517,6 +542,43 @@ TEST(ZLibDecoder, LongestLengthWaitsWithoutReservingMemory) {
     rusage after{};
     getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 32 * 1024) << "peak RSS grew (KiB)";
+}
+
+// A few compressed bytes that inflate to millions of empty frames: the queue stays bounded,
+// the compressed rest is kept, and draining gets every frame in order, however the caller
+// feeds the bytes.
+TEST(ZLibDecoder, DecompressionBombIsDecodedInBoundedSteps) {
+    const unsigned int frames = 200000;
+    Bytes plain;
+    for (unsigned int tag = 0; tag < frames; ++tag) {
+        detail::appendU32LE(plain, tag);
+        detail::appendU32LE(plain, 0);
+        detail::appendU32LE(plain, 0);
+    }
+    const Bytes compressed = deflateRaw({plain}, 9, -15, Z_FULL_FLUSH);
+    for (std::size_t block : {compressed.size(), std::size_t(997)}) {
+        SCOPED_TRACE(block);
+        ZLibDecoder decoder;
+        unsigned int next = 0;
+        for (std::size_t pos = 0; pos < compressed.size(); pos += block) {
+            decoder.decode(compressed.data() + pos,
+                           unsigned(std::min(block, compressed.size() - pos)));
+            for (;;) {
+                unsigned int status = 0;
+                const DecoderData item = decoder.getNextWithStatus(status);
+                if (status & NOT_ENOUGH_DATA) break;
+                ASSERT_EQ(item.tag, next++);
+                EXPECT_FALSE(item.record);
+            }
+            EXPECT_EQ(decoder.numHeldBytes(), 0u) << "draining decoded everything";
+        }
+        EXPECT_EQ(next, frames);
+    }
+    // Without draining, decode() keeps the compressed bytes instead of queueing frames.
+    ZLibDecoder decoder;
+    decoder.decode(compressed.data(), unsigned(compressed.size()));
+    EXPECT_GT(decoder.numHeldBytes(), 0u);
+    EXPECT_EQ(drain(decoder).size(), frames);
 }
 
 // Damaged input must end in an error or in records that are exactly ones that were sent:

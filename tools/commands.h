@@ -37,10 +37,13 @@ struct ServeOptions {
 struct RecordOptions {
     std::string connect;     // HOST:PORT
     std::string out;
-    std::vector<int> ids;    // empty: the logged ids found in the first frame
+    std::vector<int> ids;    // empty: every logged record type, from the frame it first appears in
     unsigned int frames = 0; // stop after this many frames; 0: no limit
     double seconds = 0;      // stop after this long; 0: no limit
     double idle = 5;         // stop when nothing arrives for this long
+    bool overwrite = false;  // replace the log files of an earlier session in `out`
+    double flush_interval = 1; // seconds between two flushes of the logs
+    bool fsync = false;      // also force every flush to the disk
 };
 
 struct ConvertOptions {
@@ -73,6 +76,7 @@ int runServe(const ServeOptions& options);
 int runRecord(const RecordOptions& options);
 int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
+int runUpgrade(const ConvertOptions& options);
 int runRecover(const ConvertOptions& options);
 int runFilter(const FilterOptions& options);
 int runMerge(const MergeOptions& options);

@@ -1,9 +1,16 @@
 // `eod compress IN OUT` and `eod decompress IN OUT`: a raw record file to a zlib record
 // stream file and back. Each record's tag in the stream is its index in the file, so a
 // record that went missing in a damaged stream shows up as a gap in the tags.
+//
+// OUT is written under a temporary name beside it and renamed into place only when the
+// whole input was converted: a failed run leaves no partial file, and an existing OUT is
+// kept as it was.
 
+#include <filesystem>
 #include <fstream>
 #include <vector>
+
+#include <unistd.h>
 
 #include <eod/eoderror.h>
 #include <eod/io/filereader.h>
@@ -19,8 +26,46 @@ namespace eodtool {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 const int kLevel = 6;
 const int kMaxPendingRecords = 64;
+// Compressed bytes fed to the decoder at a time: an error is placed within this many bytes.
+const std::size_t kDecodeChunk = 4096;
+
+// The temporary file an output is written to, removed unless commit() renamed it.
+class TemporaryOutput {
+public:
+    explicit TemporaryOutput(const std::string& out)
+        : _out(out), _path(out + ".partial-" + std::to_string(::getpid())) {}
+    ~TemporaryOutput() {
+        std::error_code ec;
+        if (!_committed) fs::remove(_path, ec);
+    }
+    TemporaryOutput(const TemporaryOutput&) = delete;
+    TemporaryOutput& operator=(const TemporaryOutput&) = delete;
+
+    const std::string& path() const { return _path; }
+    void commit() {
+        std::error_code ec;
+        fs::rename(_path, _out, ec);
+        if (ec) throw ToolError(_out + ": " + ec.message());
+        _committed = true;
+    }
+
+private:
+    std::string _out;
+    std::string _path;
+    bool _committed = false;
+};
+
+// Inputs are read to their end: a FIFO or a device might never have one.
+void requireRegularFile(const std::string& path) {
+    std::error_code ec;
+    const fs::file_status status = fs::status(path, ec);
+    if (ec || !fs::exists(status)) throw ToolError(path + ": no such file");
+    if (!fs::is_regular_file(status)) throw ToolError(path + ": not a regular file");
+}
 
 void writeBytes(std::ofstream& out, const std::string& path, std::vector<unsigned char>& bytes) {
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -31,9 +76,11 @@ void writeBytes(std::ofstream& out, const std::string& path, std::vector<unsigne
 }  // namespace
 
 int runCompress(const ConvertOptions& options) {
+    requireRegularFile(options.in);
     tq::eod::io::FileReader reader;
     if (!reader.open(options.in)) throw ToolError(options.in + ": cannot open file");
-    std::ofstream out(options.out, std::ios_base::out | std::ios_base::binary | std::ios_base::trunc);
+    TemporaryOutput temporary(options.out);
+    std::ofstream out(temporary.path(), std::ios_base::out | std::ios_base::binary | std::ios_base::trunc);
     if (!out) throw ToolError(options.out + ": cannot create file");
 
     tq::eod::io::ZLibEncoder encoder(kLevel, kMaxPendingRecords);
@@ -56,41 +103,65 @@ int runCompress(const ConvertOptions& options) {
     } catch (const tq::eod::EODError& e) {
         throw ToolError(options.in + ": " + e.what());
     }
+    out.close();
+    if (!out) throw ToolError(options.out + ": cannot write");
+    temporary.commit();
     return 0;
 }
 
 int runDecompress(const ConvertOptions& options) {
+    requireRegularFile(options.in);
     std::ifstream in(options.in, std::ios_base::in | std::ios_base::binary);
     if (!in) throw ToolError(options.in + ": cannot open file");
+    TemporaryOutput temporary(options.out);
     tq::eod::io::FileWriter writer;
-    if (!writer.open(options.out)) throw ToolError(options.out + ": cannot create file");
+    if (!writer.open(temporary.path())) throw ToolError(options.out + ": cannot create file");
 
     tq::eod::io::ZLibDecoder decoder;
-    std::vector<char> chunk(1 << 16);
+    std::vector<char> chunk(kDecodeChunk);
+    std::uint64_t offset = 0;
     unsigned int expected_tag = 0;
-    try {
-        while (in) {
-            in.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
-            const std::streamsize n = in.gcount();
-            if (n <= 0) break;
+    const auto where = [&](std::streamsize n) {
+        return options.in + ": corrupt stream in bytes " + std::to_string(offset) + ".." +
+               std::to_string(offset + static_cast<std::uint64_t>(n) - 1) + ": ";
+    };
+    while (in) {
+        in.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+        const std::streamsize n = in.gcount();
+        if (n <= 0) break;
+        try {
             decoder.decode(reinterpret_cast<const unsigned char*>(chunk.data()),
                            static_cast<unsigned int>(n));
-            for (;;) {
-                unsigned int status = 0;
-                const tq::eod::io::DecoderData item = decoder.getNextWithStatus(status);
-                if (status != 0) break;
-                if (item.tag != expected_tag) {
-                    throw ToolError(options.in + ": corrupt stream: record " +
-                                    std::to_string(expected_tag) + " is missing");
-                }
-                ++expected_tag;
-                writer.write(*item.record);
-            }
+        } catch (const tq::eod::EODError& e) {
+            throw ToolError(where(n) + e.what());
         }
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(options.in + ": " + e.what());
+        for (;;) {
+            unsigned int status = 0;
+            const tq::eod::io::DecoderData item = decoder.getNextWithStatus(status);
+            if (status & tq::eod::Serializable::STATUS_NOT_ENOUGH_DATA) break;
+            if (item.tag != expected_tag) {
+                throw ToolError(where(n) + "record " + std::to_string(expected_tag) + " is missing");
+            }
+            ++expected_tag;
+            // A frame of length 0 is legal in the stream and holds nothing to write.
+            if (!item.record) {
+                if (status != 0) {
+                    throw ToolError(where(n) + "record " + std::to_string(item.tag) +
+                                    " has an unknown object id");
+                }
+                continue;
+            }
+            if (!writer.writeNoThrow(*item.record)) throw ToolError(options.out + ": cannot write");
+        }
+        offset += static_cast<std::uint64_t>(n);
+    }
+    if (decoder.numPendingBytes() > 0) {
+        throw ToolError(options.in + ": truncated: the stream ends at byte " + std::to_string(offset) +
+                        " inside record " + std::to_string(expected_tag) + " (" +
+                        std::to_string(decoder.numPendingBytes()) + " bytes of it decoded)");
     }
     writer.close();
+    temporary.commit();
     return 0;
 }
 

@@ -19,6 +19,9 @@ public:
         try {
             if (std::filesystem::is_directory(path, ec)) {
                 _reader.openFiles(path);
+            } else if (!std::filesystem::is_regular_file(path, ec)) {
+                // A FIFO or a device would block the reader or never end.
+                throw ToolError(path + ": not a regular file");
             } else {
                 _reader.openFile(path);
             }

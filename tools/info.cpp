@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
-#include <set>
 
 #include "commands.h"
 #include "recordscan.h"
@@ -68,8 +67,15 @@ int runInfo(const InfoOptions& options) {
 
     std::vector<fs::path> logs;
     for (const fs::directory_entry& entry : fs::directory_iterator(options.path, ec)) {
-        if (entry.is_regular_file() && entry.path().extension() == ".tql") {
+        if (entry.path().extension() != ".tql") continue;
+        // One entry that cannot be read as a log (a symlink loop, a FIFO) does not spoil
+        // the others: it is reported and left out.
+        std::error_code entry_ec;
+        if (entry.is_regular_file(entry_ec)) {
             logs.push_back(entry.path());
+        } else {
+            std::cerr << "eod: " << entry.path().string() << ": skipped: "
+                      << (entry_ec ? entry_ec.message() : "not a regular file") << '\n';
         }
     }
     if (ec) throw ToolError(options.path + ": " + ec.message());
@@ -79,14 +85,11 @@ int runInfo(const InfoOptions& options) {
     std::vector<FileScan> scans;
     std::uint64_t bytes = 0;
     FrameLedger merged;
-    std::set<unsigned int> merged_numbers;
     for (const fs::path& log : logs) {
         scans.push_back(scanRecordFile(log.string()));
         bytes += scans.back().size;
-        const std::set<unsigned int>& numbers = scans.back().ledger.frameNumbers();
-        merged_numbers.insert(numbers.begin(), numbers.end());
+        merged.mergeFrameNumbers(scans.back().ledger);
     }
-    for (unsigned int n : merged_numbers) merged.addFrame(n, 0);
 
     std::cout << options.path << ": log directory, " << logs.size() << " log files, " << bytes
               << " bytes\n";

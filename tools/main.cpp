@@ -2,6 +2,7 @@
 // Exit status: 0 success, 1 runtime failure (one line on stderr), 2 usage error.
 
 #include <cmath>
+#include <filesystem>
 #include <iostream>
 #include <limits>
 #include <type_traits>
@@ -99,18 +100,45 @@ int main(int argc, char** argv) {
     record_frames->excludes(record_seconds);
     record_cmd->add_option("--idle", record.idle, "Stop when nothing arrives for this many seconds")
         ->check(CLI::PositiveNumber);
+    record_cmd->add_flag("--overwrite", record.overwrite,
+                         "Replace the log files of an earlier session in the directory");
+    record_cmd->add_option("--flush-interval", record.flush_interval,
+                           "Seconds between two flushes of the logs to the system (default 1)")
+        ->check(CLI::PositiveNumber);
+    record_cmd->add_flag("--fsync", record.fsync, "Force every flush to the disk as well");
+
+    // compress and decompress convert one file; a directory (a log recording) is a usage
+    // error rather than an empty or partial output.
+    const CLI::Validator not_a_directory(
+        [](std::string& path) {
+            std::error_code ec;
+            return std::filesystem::is_directory(path, ec) ? path + ": is a directory, give a file"
+                                                           : std::string();
+        },
+        "FILE");
 
     ConvertOptions compress;
     CLI::App* compress_cmd =
         app.add_subcommand("compress", "Raw record file to a zlib record stream file");
-    compress_cmd->add_option("IN", compress.in, "Raw record file")->required();
-    compress_cmd->add_option("OUT", compress.out, "Compressed file to write")->required();
+    compress_cmd->add_option("IN", compress.in, "Raw record file")->required()->check(not_a_directory);
+    compress_cmd->add_option("OUT", compress.out, "Compressed file to write")
+        ->required()
+        ->check(not_a_directory);
 
     ConvertOptions decompress;
     CLI::App* decompress_cmd =
         app.add_subcommand("decompress", "Zlib record stream file back to a raw record file");
-    decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required();
-    decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")->required();
+    decompress_cmd->add_option("IN", decompress.in, "Compressed file")->required()->check(not_a_directory);
+    decompress_cmd->add_option("OUT", decompress.out, "Raw record file to write")
+        ->required()
+        ->check(not_a_directory);
+
+    ConvertOptions upgrade;
+    CLI::App* upgrade_cmd = app.add_subcommand(
+        "upgrade", "Copy a recording as a raw record file, every frame in the current layout");
+    upgrade_cmd->add_option("IN", upgrade.in, "Log directory, log file or raw record file")
+        ->required();
+    upgrade_cmd->add_option("OUT", upgrade.out, "Raw record file to write")->required();
 
     ConvertOptions recover;
     CLI::App* recover_cmd = app.add_subcommand(
@@ -176,6 +204,7 @@ int main(int argc, char** argv) {
         if (*record_cmd) return runRecord(record);
         if (*compress_cmd) return runCompress(compress);
         if (*decompress_cmd) return runDecompress(decompress);
+        if (*upgrade_cmd) return runUpgrade(upgrade);
         if (*recover_cmd) return runRecover(recover);
         if (*filter_cmd) return runFilter(filter);
         if (*merge_cmd) return runMerge(merge);

@@ -6,6 +6,7 @@
 // reports.
 
 #include <cstdint>
+#include <istream>
 #include <map>
 #include <string>
 
@@ -29,7 +30,14 @@ struct FileScan {
     std::map<int, IdStats> by_id;
 };
 
+// Records larger than this (header included) are counted as corrupt, not decoded.
+const std::uint64_t kMaxScannedRecordSize = 64u << 20;
+
+// A regular file only: anything else (a FIFO, a device, a directory) is refused with
+// ToolError "<path>: not a regular file", since reading it could block or never end.
 FileScan scanRecordFile(const std::string& path);
+// The same for `size` bytes of a stream, which is read once from front to back.
+FileScan scanRecordStream(std::istream& in, std::uint64_t size, const std::string& path);
 
 // The class registered for an object id, without its namespace ("HeadOutputDataV2"),
 // or "unknown".

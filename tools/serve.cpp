@@ -1,10 +1,14 @@
 // `eod serve (PATH | --synthetic) --port P [--rate HZ] [--loop]`: act as an engine and
 // stream frames over TCP, one encoded frame after another, to every client that connects.
 // Streaming starts when the first client connects, so that client sees every frame;
-// later clients join mid-stream. A client that cannot keep up for a second is dropped,
-// since a frame cut short would spoil the rest of its stream.
+// later clients join mid-stream. Sends never wait: each client has a queue of the frames
+// it has yet to take, filled as fast as its connection drains, so a client that does not
+// read delays nobody else. A client that falls more than kMaxFramesBehind frames behind is
+// dropped and the drop reported (a frame cut short would spoil the rest of its stream, so
+// a client only ever loses whole frames at its end).
 
 #include <chrono>
+#include <deque>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -28,8 +32,78 @@ using Clock = std::chrono::steady_clock;
 using tq::eod::EngineOutputData;
 using tq::eod::io::TcpSocket;
 
-const int kSendTimeoutMs = 1000;
 const double kDefaultRate = 60.0;
+const std::size_t kMaxFramesBehind = 120;
+// While waiting for the next frame's time, the queues are drained this often.
+const auto kPumpInterval = std::chrono::milliseconds(2);
+// At the end of the source, how long the clients get to take the frames still queued.
+const auto kFinalDrain = std::chrono::seconds(5);
+
+using Bytes = std::shared_ptr<const std::vector<unsigned char>>;
+
+// One connected client and the frames it has yet to take; the first one possibly in part.
+struct Client {
+    explicit Client(TcpSocket* s) : socket(s) {
+        const tq::eod::io::InetAddress& address = socket->getRemoteAddress();
+        name = address.getHostIP() + ':' + std::to_string(address.getPort());
+    }
+    std::unique_ptr<TcpSocket> socket;
+    std::string name;
+    std::deque<Bytes> queue;
+    std::size_t sent_of_front = 0;
+
+    // Sends what the connection takes now; false when the connection failed.
+    bool pump() {
+        try {
+            while (!queue.empty()) {
+                const std::vector<unsigned char>& front = *queue.front();
+                const unsigned int left = static_cast<unsigned int>(front.size() - sent_of_front);
+                const unsigned int n = socket->send(front.data() + sent_of_front, left, 0);
+                sent_of_front += n;
+                if (n < left) return true;
+                queue.pop_front();
+                sent_of_front = 0;
+            }
+        } catch (const tq::eod::EODError&) {
+            return false;
+        }
+        return true;
+    }
+};
+
+using Clients = std::vector<std::unique_ptr<Client>>;
+
+void drop(Clients& clients, Clients::iterator& it, const std::string& why) {
+    std::cerr << "eod serve: client " << (*it)->name << " dropped: " << why << '\n';
+    it = clients.erase(it);
+}
+
+void pumpAll(Clients& clients) {
+    for (auto it = clients.begin(); it != clients.end();) {
+        if ((*it)->pump()) {
+            ++it;
+        } else {
+            drop(clients, it, "connection lost");
+        }
+    }
+}
+
+bool anyQueued(const Clients& clients) {
+    for (const auto& client : clients) {
+        if (!client->queue.empty()) return true;
+    }
+    return false;
+}
+
+// Keeps the queues moving until `until`, or until they are empty when `until_empty`.
+void pumpUntil(Clients& clients, Clock::time_point until, bool until_empty) {
+    for (;;) {
+        pumpAll(clients);
+        const Clock::time_point now = Clock::now();
+        if (now >= until || (until_empty && !anyQueued(clients))) return;
+        std::this_thread::sleep_until(std::min(until, now + kPumpInterval));
+    }
+}
 
 std::unique_ptr<FrameSource> openSource(const ServeOptions& options) {
     if (options.synthetic) return makeSyntheticSource(options.frames);
@@ -42,7 +116,8 @@ class Pacer {
 public:
     explicit Pacer(double rate) : _rate(rate), _next(Clock::now()) {}
 
-    void waitFor(const EngineOutputData& frame) {
+    // When the frame is due.
+    Clock::time_point dueTime(const EngineOutputData& frame) {
         double interval = 1.0 / (_rate > 0 ? _rate : kDefaultRate);
         if (_rate <= 0) {
             if (const auto timing = frame.typedSubObject<tq::eod::TimingOutputData>(
@@ -54,7 +129,7 @@ public:
             }
         }
         _next += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(interval));
-        std::this_thread::sleep_until(_next);
+        return _next;
     }
 
 private:
@@ -64,12 +139,10 @@ private:
     double _time = 0;
 };
 
-void acceptClients(TcpSocket& listener, std::vector<std::unique_ptr<TcpSocket>>& clients,
-                   int timeout_ms) {
-    while (TcpSocket* client = listener.accept(timeout_ms)) {
-        std::cerr << "eod serve: client " << client->getRemoteAddress().getHostIP() << ':'
-                  << client->getRemoteAddress().getPort() << " connected\n";
-        clients.emplace_back(client);
+void acceptClients(TcpSocket& listener, Clients& clients, int timeout_ms) {
+    while (TcpSocket* socket = listener.accept(timeout_ms)) {
+        clients.push_back(std::make_unique<Client>(socket));
+        std::cerr << "eod serve: client " << clients.back()->name << " connected\n";
         timeout_ms = 0;
     }
 }
@@ -94,11 +167,10 @@ int runServe(const ServeOptions& options) {
     }
     std::cerr << "eod serve: listening on port " << listener.getLocalAddress().getPort() << '\n';
 
-    std::vector<std::unique_ptr<TcpSocket>> clients;
+    Clients clients;
     while (clients.empty()) acceptClients(listener, clients, 1000);
 
     Pacer pacer(options.rate);
-    std::vector<unsigned char> bytes;
     unsigned long long sent = 0;
     for (;;) {
         boost::shared_ptr<EngineOutputData> frame = source->next();
@@ -107,26 +179,30 @@ int runServe(const ServeOptions& options) {
             frame = source->next();
         }
         if (!frame) break;
-        pacer.waitFor(*frame);
+        pumpUntil(clients, pacer.dueTime(*frame), false);
         acceptClients(listener, clients, 0);
-        bytes.clear();
-        frame->serialize(bytes);
+        auto bytes = std::make_shared<std::vector<unsigned char>>();
+        frame->serialize(*bytes);
+        const Bytes shared = bytes;
         for (auto it = clients.begin(); it != clients.end();) {
-            bool ok = false;
-            try {
-                ok = (*it)->send(bytes.data(), static_cast<unsigned int>(bytes.size()),
-                                 kSendTimeoutMs) == bytes.size();
-            } catch (const tq::eod::EODError&) {
+            if ((*it)->queue.size() >= kMaxFramesBehind) {
+                drop(clients, it, "more than " + std::to_string(kMaxFramesBehind) + " frames behind");
+                continue;
             }
-            if (ok) {
-                ++it;
-            } else {
-                std::cerr << "eod serve: client dropped\n";
-                it = clients.erase(it);
-            }
+            (*it)->queue.push_back(shared);
+            ++it;
         }
+        pumpAll(clients);
         ++sent;
         if (clients.empty() && !options.loop) break;
+    }
+    pumpUntil(clients, Clock::now() + kFinalDrain, true);
+    for (auto it = clients.begin(); it != clients.end();) {
+        if ((*it)->queue.empty()) {
+            ++it;
+        } else {
+            drop(clients, it, std::to_string((*it)->queue.size()) + " frames not taken at the end");
+        }
     }
     std::cerr << "eod serve: " << sent << " frames sent\n";
     return 0;

@@ -187,7 +187,7 @@ void DatagramSocket::sendDatagram(const std::vector<unsigned char>& datagram,
     }
 }
 
-int DatagramSocket::receiveDatagram(std::vector<unsigned char>& out, InetAddress& from,
+int DatagramSocket::receiveDatagram(std::vector<unsigned char>& out, const InetAddress& /*from*/,
                                     int timeout_ms, bool append) const {
     sockaddr_in sender{};
     const auto receiveWaiting = [&] {
@@ -220,7 +220,7 @@ int DatagramSocket::receiveDatagram(std::vector<unsigned char>& out, InetAddress
     if (count < 0) {
         throwSocketError("Failed to receive datagram.");
     }
-    from = InetAddress(sender);
+    _last_sender = InetAddress(sender);
     if (static_cast<std::size_t>(count) > _receive_buffer.size()) {
         return 0;
     }

@@ -42,7 +42,7 @@ const char FIND_NEXT_FAILED[] =
 
 [[noreturn]] void throwCorruptLog(const std::wstring& path) {
     throw EngineOutputDataFileError(
-        "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: " +
+        "EngineOutputDataFileReader::readData() - corrupt or invalid logfile",
         detail::narrowPath(path));
 }
 
@@ -50,11 +50,13 @@ const char FIND_NEXT_FAILED[] =
 
 EngineOutputDataFileReader::EngineOutputDataStream::EngineOutputDataStream(const std::wstring& path)
     : _path(path) {
-    if (!_reader.open(path)) {
-        throw EngineOutputDataFileError(
-            "EngineOutputDataFileReader::openFiles - could not open file " +
-            detail::narrowPath(path));
-    }
+    if (_reader.open(path)) return;
+    const std::string narrow = detail::narrowPath(path);
+    std::error_code ec;
+    const bool exists = fs::exists(fs::u8path(narrow), ec);
+    throw EngineOutputDataFileError("EngineOutputDataFileReader::openFiles - could not open file " +
+                                        narrow + (exists ? ": not a regular file" : ""),
+                                    narrow);
 }
 
 const boost::shared_ptr<EngineOutputData>&
@@ -64,9 +66,9 @@ EngineOutputDataFileReader::EngineOutputDataStream::current() {
         unsigned int status = 0;
         _current = boost::dynamic_pointer_cast<EngineOutputData>(_reader.read(status));
         if (!_current) {
-            // Nothing of this file follows a bad record at its end, so the error can wait
+            // Nothing of this file follows a bad record at its end, so the error may wait
             // until the other files have given their frames.
-            if (!_reader.atEnd()) throwCorruptLog(_path);
+            if (!_torn_tail_last || !_reader.atEnd()) throwCorruptLog(_path);
             _torn_tail = true;
         }
     }
@@ -85,7 +87,8 @@ EngineOutputDataFileReader::~EngineOutputDataFileReader() = default;
 
 void EngineOutputDataFileReader::openFiles(const std::wstring& directory) {
     EOD_REQUIRE(!areFilesOpen(), "files already open");
-    const std::vector<std::wstring> files = logFilesInDir(directory);
+    _skipped_files.clear();
+    const std::vector<std::wstring> files = logFilesInDir(directory, _skipped_files);
     if (files.empty()) {
         throw EngineOutputDataFileError(
             "EngineOutputDataFileReader::openFiles - no logfiles found in " +
@@ -123,7 +126,21 @@ void EngineOutputDataFileReader::openStreams(const std::vector<std::wstring>& pa
     _merge_ids.clear();
     for (const std::wstring& path : paths) {
         _streams.push_back(std::make_unique<EngineOutputDataStream>(path));
+        _streams.back()->setTornTailLast(_torn_tails_last);
+        _streams.back()->setMaxRecordSize(_max_record_size);
     }
+}
+
+void EngineOutputDataFileReader::setTornTailsLast(bool last) {
+    _torn_tails_last = last;
+    for (const auto& stream : _streams) stream->setTornTailLast(last);
+}
+
+void EngineOutputDataFileReader::setMaxRecordSize(unsigned int max_record_size) {
+    // FileReader's usage error, before anything changes.
+    FileReader().setMaxRecordSize(max_record_size);
+    _max_record_size = max_record_size;
+    for (const auto& stream : _streams) stream->setMaxRecordSize(max_record_size);
 }
 
 void EngineOutputDataFileReader::closeFiles() {
@@ -131,7 +148,8 @@ void EngineOutputDataFileReader::closeFiles() {
     _merge_ids.clear();
 }
 
-std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(const std::wstring& directory) {
+std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(
+    const std::wstring& directory, std::vector<std::wstring>& skipped) {
     const std::string narrow = detail::narrowPath(directory);
     // Only a directory whose attributes cannot be told at all is rejected at this point; a
     // missing path or a plain file gets through and fails when it is listed.
@@ -149,10 +167,11 @@ std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(const std::w
     std::vector<std::wstring> files;
     for (const fs::directory_iterator end; it != end; it.increment(ec)) {
         const std::wstring name = detail::widePath(it->path().filename().u8string());
+        if (!endsWith(name, EngineOutputData::LOGFILE_EXTENSION())) continue;
+        // Followed through links; a loop or a dangling link reports an error here.
         std::error_code type_ec;
-        if (endsWith(name, EngineOutputData::LOGFILE_EXTENSION()) && !it->is_directory(type_ec)) {
-            files.push_back(search + name);
-        }
+        const bool regular = it->is_regular_file(type_ec);
+        (regular && !type_ec ? files : skipped).push_back(search + name);
     }
     if (ec) throwListingError(FIND_NEXT_FAILED, ec);
     if (files.empty()) {
@@ -160,6 +179,7 @@ std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(const std::w
             "EngineOutputDataFileReader::logFilesInDir - No logfiles found in " + narrow_search);
     }
     std::sort(files.begin(), files.end());
+    std::sort(skipped.begin(), skipped.end());
     return files;
 }
 

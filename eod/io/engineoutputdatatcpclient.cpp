@@ -1,5 +1,7 @@
 #include <eod/io/engineoutputdatatcpclient.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -27,6 +29,8 @@ EngineOutputDataTcpClient::EngineOutputDataTcpClient() : _server(0), _socket(INV
 
 void EngineOutputDataTcpClient::connect(const InetAddress& server) {
     clearBuffer();
+    _bytes_received = 0;
+    _skipped.clear();
     _socket.open();
     _socket.connect(server);
     _server = server;
@@ -41,6 +45,9 @@ void EngineOutputDataTcpClient::disconnect() {
 
 boost::shared_ptr<EngineOutputData> EngineOutputDataTcpClient::receive(int timeout_ms) {
     EOD_REQUIRE(connected(), "not connected");
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(std::max(timeout_ms, 0));
+    bool has_read = false;
     for (;;) {
         checkRecordSize();
         if (!SerializableFactory::canDeserialize(_buffer, _read_pos)) {
@@ -48,15 +55,24 @@ boost::shared_ptr<EngineOutputData> EngineOutputDataTcpClient::receive(int timeo
             // happens once per read rather than once per record.
             _buffer.erase(_buffer.begin(), _buffer.begin() + _read_pos);
             _read_pos = 0;
-            if (_socket.receive(_buffer, timeout_ms, true) == 0) {
-                // A closed peer sends nothing more: a partial record left now never completes.
-                if (_socket.peerClosed()) disconnect();
-                return boost::shared_ptr<EngineOutputData>();
+            int wait_ms = timeout_ms;
+            if (_whole_call_timeout) {
+                const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                    deadline - Clock::now());
+                if (has_read && left.count() <= 0) return boost::shared_ptr<EngineOutputData>();
+                wait_ms = static_cast<int>(std::max<long long>(0, left.count()));
             }
+            const std::size_t before = _buffer.size();
+            // Zero: the wait ran out or the peer closed. A record the peer cut short stays
+            // buffered either way, for the caller to see.
+            if (_socket.receive(_buffer, wait_ms, true) == 0) return boost::shared_ptr<EngineOutputData>();
+            _bytes_received += _buffer.size() - before;
+            has_read = true;
             continue;
         }
         // On a decoding error the position stays before the offending record.
         int read_pos = _read_pos;
+        const int id = static_cast<signed char>(_buffer[static_cast<std::size_t>(_read_pos)]);
         const boost::shared_ptr<Serializable> record =
             SerializableFactory::newObject(_buffer, read_pos);
         _read_pos = read_pos;
@@ -65,8 +81,14 @@ boost::shared_ptr<EngineOutputData> EngineOutputDataTcpClient::receive(int timeo
                 boost::dynamic_pointer_cast<EngineOutputData>(record);
             if (frame) return frame;
         }
+        ++_skipped[id];
+        // A peer that streams nothing but other records would otherwise keep the caller
+        // here for as long as it sends.
+        if (_whole_call_timeout && Clock::now() >= deadline) return boost::shared_ptr<EngineOutputData>();
     }
 }
+
+void EngineOutputDataTcpClient::setWholeCallTimeout(bool whole_call) { _whole_call_timeout = whole_call; }
 
 void EngineOutputDataTcpClient::setMaxRecordSize(unsigned int max_record_size) {
     EOD_REQUIRE(max_record_size >= Serializable::minHeaderBytes() &&

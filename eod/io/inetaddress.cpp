@@ -31,9 +31,15 @@ InetAddress::InetAddress(int port) { initialise(port); }
 
 InetAddress::InetAddress(int port, const std::string& host) {
     initialise(port);
-    if (!setHost(host)) {
+    setHost(host);
+}
+
+InetAddress InetAddress::resolve(int port, const std::string& host) {
+    InetAddress address(port);
+    if (!address.setHost(host)) {
         throw InetAddressException(netLibErrorString("Could not resolve host '" + host + "'"));
     }
+    return address;
 }
 
 InetAddress::InetAddress(int port, int adapter) {

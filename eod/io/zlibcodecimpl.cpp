@@ -145,6 +145,15 @@ void ZLibCodecImpl::dropInput() {
     _stream->avail_in = 0;
 }
 
+const unsigned char* ZLibCodecImpl::input() const { return _stream->next_in; }
+
+unsigned int ZLibCodecImpl::inputLeft() const { return _stream->avail_in; }
+
+void ZLibCodecImpl::moveInput(const unsigned char* data, unsigned int length) {
+    _stream->next_in = const_cast<Bytef*>(data);
+    _stream->avail_in = length;
+}
+
 std::uint32_t ZLibCodecImpl::crc(const unsigned char* data, std::size_t length) {
     uLong value = crc32(0L, Z_NULL, 0);
     // crc32 takes an unsigned int count; longer runs go in pieces.

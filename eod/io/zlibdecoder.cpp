@@ -19,13 +19,36 @@ ZLibDecoder::~ZLibDecoder() = default;
 
 void ZLibDecoder::decode(const unsigned char* data, unsigned int length) {
     EOD_REQUIRE(data != nullptr || length == 0, "data is NULL");
-    std::string error;
     std::string record_error;
-    int rc = impl().write(data, length);
+    if (!_stopped) {
+        run(impl().write(data, length), record_error);
+    } else {
+        if (length > 0) {
+            // After the bytes kept back, which zlib's input points into.
+            _held.erase(_held.begin(), _held.end() - impl().inputLeft());
+            _held.insert(_held.end(), data, data + length);
+            impl().moveInput(_held.data(), static_cast<unsigned int>(_held.size()));
+        }
+        if (_queue.size() >= MAX_QUEUED_ITEMS) return;
+        run(impl().resume(), record_error);
+    }
+    if (!record_error.empty()) throw SerializableError(record_error);
+}
+
+void ZLibDecoder::run(int rc, std::string& record_error) {
     for (;;) {
         const bool more = rc == Z_OK && impl().outputFull();
         impl().takeOutput(_pending);
-        if (!parsePending(error, record_error)) resetAndThrow(error);
+        switch (parsePending(record_error)) {
+            case Parse::ok:
+                break;
+            case Parse::crc_mismatch:
+                ++_crc_mismatches;
+                dropAll();
+                return;
+            case Parse::too_long:
+                resetAndThrow("ZLibDecoder::decode() - record length exceeds the maximum");
+        }
         if (rc == Z_STREAM_END) {
             // Another deflater finished its stream; what follows starts a new one.
             rc = impl().reset();
@@ -38,12 +61,27 @@ void ZLibDecoder::decode(const unsigned char* data, unsigned int length) {
                           std::to_string(rc) + (message ? std::string(": ") + message : ""));
         }
         if (!more) break;
+        if (_queue.size() >= MAX_QUEUED_ITEMS) {
+            keepInput();
+            _stopped = true;
+            return;
+        }
         rc = impl().resume();
     }
-    if (!record_error.empty()) throw SerializableError(record_error);
+    _stopped = false;
+    // Released: it may have held a large input.
+    std::vector<unsigned char>().swap(_held);
 }
 
-bool ZLibDecoder::parsePending(std::string& error, std::string& record_error) {
+void ZLibDecoder::keepInput() {
+    std::vector<unsigned char> rest(impl().input(), impl().input() + impl().inputLeft());
+    _held.swap(rest);
+    impl().moveInput(_held.data(), static_cast<unsigned int>(_held.size()));
+}
+
+std::size_t ZLibDecoder::numHeldBytes() const { return _stopped ? impl().inputLeft() : 0; }
+
+ZLibDecoder::Parse ZLibDecoder::parsePending(std::string& record_error) {
     std::size_t pos = 0;
     while (_pending.size() - pos >= FRAME_HEADER_BYTES) {
         const unsigned char* header = _pending.data() + pos;
@@ -52,16 +90,10 @@ bool ZLibDecoder::parsePending(std::string& error, std::string& record_error) {
         const std::uint32_t length = detail::loadU32LE(header + 8);
         // Checked before waiting for the bytes, so a forged length cannot make the decoder
         // hoard input for a record it would never accept.
-        if (length > MAX_RECORD_LENGTH) {
-            error = "ZLibDecoder::decode() - record length exceeds the maximum";
-            return false;
-        }
+        if (length > _max_record_length) return Parse::too_long;
         if (_pending.size() - pos - FRAME_HEADER_BYTES < length) break;
         const unsigned char* record = header + FRAME_HEADER_BYTES;
-        if (ZLibCodecImpl::crc(record, length) != crc) {
-            error = "ZLibDecoder::decode() - CRC mismatch";
-            return false;
-        }
+        if (ZLibCodecImpl::crc(record, length) != crc) return Parse::crc_mismatch;
         QueuedItem item{DecoderData(), 0};
         item.data.tag = tag;
         bool rebuilt = true;
@@ -88,18 +120,29 @@ bool ZLibDecoder::parsePending(std::string& error, std::string& record_error) {
     _pending.erase(_pending.begin(), _pending.begin() + static_cast<std::ptrdiff_t>(pos));
     // Not held on to after an unusually long record.
     if (_record.capacity() > MAX_INFLATE_STEP) std::vector<unsigned char>().swap(_record);
-    return true;
+    return Parse::ok;
+}
+
+void ZLibDecoder::dropAll() {
+    impl().dropInput();
+    impl().reset();
+    // Released rather than cleared: they may have held most of a very long record.
+    std::vector<unsigned char>().swap(_pending);
+    std::vector<unsigned char>().swap(_held);
+    _stopped = false;
 }
 
 void ZLibDecoder::resetAndThrow(const std::string& error) {
-    impl().dropInput();
-    impl().reset();
-    // Released rather than cleared: it may have held most of a very long record.
-    std::vector<unsigned char>().swap(_pending);
+    dropAll();
     throw SerializableError(error);
 }
 
 DecoderData ZLibDecoder::getNextWithStatus(unsigned int& status) {
+    if (_queue.empty() && _stopped) {
+        std::string record_error;
+        run(impl().resume(), record_error);
+        if (!record_error.empty()) throw SerializableError(record_error);
+    }
     if (_queue.empty()) {
         status |= Serializable::STATUS_NOT_ENOUGH_DATA;
         return DecoderData();

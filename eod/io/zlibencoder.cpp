@@ -2,6 +2,7 @@
 #include <eod/serializableerror.h>
 #include <zlib.h>
 
+#include <cstdint>
 #include <string>
 
 #include "eod/bytecodec.h"
@@ -34,8 +35,10 @@ void ZLibEncoder::encode(const Serializable& record, unsigned int tag,
     _frame.assign(FRAME_HEADER_BYTES, 0);
     record.serialize(_frame);
     const std::size_t length = _frame.size() - FRAME_HEADER_BYTES;
-    if (length > MAX_RECORD_LENGTH) {
-        throw SerializableError("ZLibEncoder::encode() - record longer than MAX_RECORD_LENGTH");
+    // The frame's length field, and zlib's input count, hold 32 bits.
+    if (_frame.size() > UINT32_MAX) {
+        _frame.clear();
+        throw SerializableError("ZLibEncoder::encode() - record longer than a frame can carry");
     }
     unsigned char* header = _frame.data();
     detail::storeU32LE(header, tag);
@@ -43,6 +46,8 @@ void ZLibEncoder::encode(const Serializable& record, unsigned int tag,
     detail::storeU32LE(header + 8, static_cast<std::uint32_t>(length));
 
     checkDeflate(impl().write(_frame.data(), static_cast<unsigned int>(_frame.size())), "encode");
+    // Not held on to after an unusually long record (a frame of full-resolution images).
+    if (_frame.capacity() > MAX_KEPT_FRAME_BYTES) std::vector<unsigned char>().swap(_frame);
     if (impl().hasOutput()) {
         impl().takeOutput(out);
         impl().setPendingRecords(0);

@@ -66,7 +66,10 @@ public:
 
     // Head, face and eye records live in the face sets (one per tracked face); frames
     // written by older versions hold them directly. These return the record of the first
-    // face set when it has one, and otherwise the record stored directly in the frame.
+    // face set when it has one, and otherwise the record stored directly in the frame: the
+    // one upgradeFaceSetOutputData (upgrade.h) would leave in the first face set. They never
+    // change the frame, so a first-generation record (HeadOutputData, FaceOutputData) is seen
+    // only after upgrade(frame).
     boost::shared_ptr<HeadOutputDataV2> headOutputData();
     boost::shared_ptr<HeadOutputDataV2 const> headOutputData() const;
     boost::shared_ptr<FaceOutputDataV2> faceOutputData();
@@ -126,10 +129,10 @@ boost::shared_ptr<ImageCollectionOutputData> addImageCollectionOutputDataIfMissi
 boost::shared_ptr<InertiaOutputData> addInertiaOutputDataIfMissing(EngineOutputData& frame);
 // The first face set, added when the frame has none.
 boost::shared_ptr<FaceSetOutputData> addFaceSetOutputDataIfMissing(EngineOutputData& frame);
-// These first bring the frame to the face-set layout: head, face and eye records stored
-// directly in the frame move into the first face set (one the face set already has of
-// that kind stays, and the frame's own is left where it is). Then they work inside the
-// first face set.
+// These first bring the frame to the face-set layout with upgradeFaceSetOutputData
+// (upgrade.h): head, face and eye records stored directly in the frame move into the first
+// face set, first-generation ones converted (one the face set already has of that kind
+// stays, and the frame's own is left where it is). Then they work inside the first face set.
 boost::shared_ptr<HeadOutputDataV2> addHeadOutputDataIfMissing(EngineOutputData& frame);
 boost::shared_ptr<FaceOutputDataV2> addFaceOutputDataIfMissing(EngineOutputData& frame);
 boost::shared_ptr<EyeOutputData> addEyeOutputDataIfMissing(EngineOutputData& frame);

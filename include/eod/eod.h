@@ -54,6 +54,8 @@
 #include <eod/serializableerror.h>
 #include <eod/serializablefactory.h>
 #include <eod/timingoutputdata.h>
+#include <eod/upgrade.h>
+#include <eod/versioning.h>
 #include <eod/worldoutputdata.h>
 #include <eod/worldoutputdatav2.h>
 
@@ -85,5 +87,6 @@
 #include <eod/io/zlibencoder.h>
 #include <eod/utils/geomutils.h>
 #include <eod/utils/geomutilserror.h>
+#include <eod/utils/outputdatautils.h>
 
 #endif

@@ -9,6 +9,8 @@
 namespace tq {
 namespace eod {
 
+class GazeIntersectionOutputDataV2;
+
 class GazeIntersectionOutputDataV1 : public GazeIntersectionOutputDataBase {
   public:
     static constexpr char THIS_OBJECT_ID = 18;
@@ -19,6 +21,9 @@ class GazeIntersectionOutputDataV1 : public GazeIntersectionOutputDataBase {
     GazeIntersectionOutputDataV1& operator=(const GazeIntersectionOutputDataV1&) = default;
     ~GazeIntersectionOutputDataV1() override;
     void copyFrom(const GazeIntersectionOutputDataV1& other) { *this = other; }
+    // From the other first-generation version: its gaze-object intersection is lost.
+    explicit GazeIntersectionOutputDataV1(const GazeIntersectionOutputDataV2& other);
+    GazeIntersectionOutputDataV1& operator=(const GazeIntersectionOutputDataV2& other);
 
     char objectID() const override { return THIS_OBJECT_ID; }
     GazeIntersectionOutputDataV1* clone() const override;

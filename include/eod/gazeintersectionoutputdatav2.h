@@ -12,6 +12,8 @@
 namespace tq {
 namespace eod {
 
+class GazeIntersectionOutputDataV1;
+
 class GazeIntersectionOutputDataV2 : public GazeIntersectionOutputDataBase {
   public:
     static constexpr char THIS_OBJECT_ID = 29;
@@ -22,6 +24,9 @@ class GazeIntersectionOutputDataV2 : public GazeIntersectionOutputDataBase {
     GazeIntersectionOutputDataV2& operator=(const GazeIntersectionOutputDataV2&) = default;
     ~GazeIntersectionOutputDataV2() override;
     void copyFrom(const GazeIntersectionOutputDataV2& other) { *this = other; }
+    // From the other first-generation version: the gaze-object intersection is zeros.
+    explicit GazeIntersectionOutputDataV2(const GazeIntersectionOutputDataV1& other);
+    GazeIntersectionOutputDataV2& operator=(const GazeIntersectionOutputDataV1& other);
 
     char objectID() const override { return THIS_OBJECT_ID; }
     GazeIntersectionOutputDataV2* clone() const override;

@@ -11,6 +11,8 @@
 namespace tq {
 namespace eod {
 
+class GazeIntersectionOutputDataV3;
+
 class GazeIntersectionOutputDataV4 : public IntersectionOutputBaseV2 {
   public:
     static constexpr char THIS_OBJECT_ID = 39;
@@ -20,6 +22,9 @@ class GazeIntersectionOutputDataV4 : public IntersectionOutputBaseV2 {
     GazeIntersectionOutputDataV4& operator=(const GazeIntersectionOutputDataV4&) = default;
     ~GazeIntersectionOutputDataV4() override;
     void copyFrom(const GazeIntersectionOutputDataV4& other) { *this = other; }
+    // From the version without an eye: every item, eye id BOTH_EYES (the face's gaze).
+    explicit GazeIntersectionOutputDataV4(const GazeIntersectionOutputDataV3& other);
+    GazeIntersectionOutputDataV4& operator=(const GazeIntersectionOutputDataV3& other);
 
     char objectID() const override { return THIS_OBJECT_ID; }
     GazeIntersectionOutputDataV4* clone() const override;

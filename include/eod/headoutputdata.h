@@ -16,6 +16,8 @@
 namespace tq {
 namespace eod {
 
+class HeadOutputDataV2;
+
 class HeadOutputData : public EngineOutputBase {
 public:
     static constexpr char THIS_OBJECT_ID = 11;
@@ -26,6 +28,10 @@ public:
     HeadOutputData& operator=(const HeadOutputData&) = default;
     ~HeadOutputData() override;
     void copyFrom(const HeadOutputData& other);
+    // From the current generation (docs/versioning.md): doubles rounded to float, tracking
+    // as 1 or 0, the Euler angles kept and the quaternion dropped.
+    explicit HeadOutputData(const HeadOutputDataV2& other);
+    HeadOutputData& operator=(const HeadOutputDataV2& other);
 
     char objectID() const override { return THIS_OBJECT_ID; }
     HeadOutputData* clone() const override;

@@ -24,6 +24,8 @@
 namespace tq {
 namespace eod {
 
+class HeadOutputData;
+
 class HeadOutputDataV2 : public EngineOutputBase {
 public:
     static constexpr char THIS_OBJECT_ID = 16;
@@ -34,6 +36,10 @@ public:
     HeadOutputDataV2& operator=(const HeadOutputDataV2&) = default;
     ~HeadOutputDataV2() override;
     void copyFrom(const HeadOutputDataV2& other);
+    // From the first generation (docs/versioning.md): tracking when the state is not 0, the
+    // Euler angles kept and the quaternion derived from them.
+    explicit HeadOutputDataV2(const HeadOutputData& other);
+    HeadOutputDataV2& operator=(const HeadOutputData& other);
 
     char objectID() const override { return THIS_OBJECT_ID; }
     HeadOutputDataV2* clone() const override;

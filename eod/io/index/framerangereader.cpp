@@ -50,20 +50,21 @@ class FrameRangeReader::Stream {
         _in.seekg(static_cast<std::streamoff>(offset));
     }
 
-    // As the full merge's stream: a bad record at the end of the file is a torn tail,
-    // kept for later; one with bytes after it is reported at once and passed over.
+    // As the full merge's stream: a bad record is reported when it is read and passed over;
+    // with torn tails last, one that ends the file is kept for throwTornTail().
     const boost::shared_ptr<EngineOutputData>& current() {
         if (!_current && !atEnd()) {
             unsigned int status = 0;
             _current = boost::dynamic_pointer_cast<EngineOutputData>(
                 SerializableFactory::newObjectWithStatus(_in, status));
             if (!_current) {
-                if (!atEnd()) throwCorrupt();
+                if (!_torn_tail_last || !atEnd()) throwCorrupt();
                 _torn_tail = true;
             }
         }
         return _current;
     }
+    void setTornTailLast(bool last) { _torn_tail_last = last; }
     void advance() { _current.reset(); }
     void throwTornTail() {
         if (!_torn_tail) return;
@@ -87,6 +88,7 @@ class FrameRangeReader::Stream {
     std::ifstream _in;
     boost::shared_ptr<EngineOutputData> _current;
     bool _torn_tail = false;
+    bool _torn_tail_last = false;
 };
 
 FrameRangeReader::FrameRangeReader() = default;
@@ -109,6 +111,11 @@ void FrameRangeReader::setRange(unsigned int first, unsigned int last) {
     _last = last;
 }
 
+void FrameRangeReader::setTornTailsLast(bool last) {
+    EOD_REQUIRE(_mode == Mode::OPEN, "option set after reading began");
+    _torn_tails_last = last;
+}
+
 void FrameRangeReader::close() {
     _streams.clear();
     _all.closeFiles();
@@ -123,6 +130,7 @@ void FrameRangeReader::start() {
     }
     _streams.clear();
     std::error_code ec;
+    _all.setTornTailsLast(_torn_tails_last);
     if (fs::is_directory(fs::u8path(_path), ec)) {
         _all.openFiles(_path);
     } else {
@@ -143,6 +151,7 @@ bool FrameRangeReader::startSearch() {
             if (before_ok && at_ok) {
                 const std::uint64_t offset = i < index.size() ? index.entry(i).offset : index.recordsEnd();
                 _streams.push_back(std::make_unique<Stream>(log, offset));
+                _streams.back()->setTornTailLast(_torn_tails_last);
                 break;
             }
             if (attempt > 0) return false;  // a scan's own entries always check out

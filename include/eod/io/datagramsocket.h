@@ -74,13 +74,17 @@ public:
     void sendDatagram(const std::vector<unsigned char>& datagram, const InetAddress& to) const;
 
     // Waits up to timeout_ms (0 polls, a negative value waits without limit) for the next
-    // datagram and returns its size; its sender is written into `from` (hence a non-const
-    // reference). Returns 0, with `out` untouched, when the wait ends first or when the
-    // datagram was longer than the receive buffer size (it is dropped; `from` still names its
-    // sender). Otherwise `out` is emptied unless `append` and the datagram is appended, so an
-    // empty datagram also returns 0. Failure "Failed to receive datagram.".
-    int receiveDatagram(std::vector<unsigned char>& out, InetAddress& from, int timeout_ms,
+    // datagram and returns its size. `from` is taken as a const reference and left as it
+    // is; the sender of the datagram just taken is given by lastSender(). Returns 0, with
+    // `out` untouched, when the wait ends first or when the datagram was longer than the
+    // receive buffer size (it is dropped; lastSender() still names its sender). Otherwise
+    // `out` is emptied unless `append` and the datagram is appended, so an empty datagram
+    // also returns 0. Failure "Failed to receive datagram.".
+    int receiveDatagram(std::vector<unsigned char>& out, const InetAddress& from, int timeout_ms,
                         bool append) const;
+    // The sender of the last datagram that receiveDatagram took off the socket (also one it
+    // dropped as too long); the default address before the first.
+    InetAddress lastSender() const { return _last_sender; }
 
     // Whether a datagram is waiting, after a wait of up to timeout_ms as above. Failure
     // "Socket Error while waiting for data".
@@ -115,6 +119,7 @@ private:
     int _receive_buffer_size = 0;
     int _send_buffer_size = 0;
     mutable std::vector<unsigned char> _receive_buffer;
+    mutable InetAddress _last_sender;
 };
 
 }  // namespace io

@@ -11,7 +11,14 @@ namespace io {
 class EngineOutputDataFileError : public EODError {
   public:
     explicit EngineOutputDataFileError(const std::string& message);
+    // With the path of the log file the error is about, kept out of the message text.
+    EngineOutputDataFileError(const std::string& message, const std::string& path);
     const char* className() const override;
+    // The log file's path (UTF-8); empty when the error is about no single file.
+    const std::string& path() const { return _path; }
+
+  private:
+    std::string _path;
 };
 
 }  // namespace io

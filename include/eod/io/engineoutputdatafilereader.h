@@ -10,10 +10,13 @@
 // so a replay of any length runs in constant memory.
 //
 // Finding the files of a directory (openFiles): every entry whose name ends in ".tql" and
-// that is not a directory, in ascending order of name, so that a replay is reproducible
-// (the order decides the order in which sub-objects of one id and frame are added). The
-// paths are <directory>/<name>: a "/" is appended to a non-empty directory even when it
-// already ends in one, so "logs/" yields "logs//Head.tql"; the file system accepts both.
+// that is a regular file (or a link to one), in ascending order of name, so that a replay
+// is reproducible (the order decides the order in which sub-objects of one id and frame are
+// added). Entries named so that are something else (a directory, a FIFO, a device) or that
+// cannot be examined (a symbolic-link loop, a dangling link) are passed over and listed by
+// skippedFiles(): one odd entry neither blocks nor fails the directory. The paths are
+// <directory>/<name>: a "/" is appended to a non-empty directory even when it already ends
+// in one, so "logs/" yields "logs//Head.tql"; the file system accepts both.
 // The errors (EngineOutputDataFileError), by condition:
 // - the directory's status cannot be read at all (a symbolic-link loop, a name that is too
 //   long, no search permission on a parent):
@@ -52,23 +55,26 @@ class EngineOutputDataFileReader {
         // The next unmerged record of the file, read when none is cached; null at the end of
         // the file. A record that is not a complete EngineOutputData (a file cut off inside
         // a record, garbage, another record type) throws EngineOutputDataFileError
-        // "EngineOutputDataFileReader::readData() - corrupt or invalid logfile: <path>": the
-        // established text with the file's path appended, since a replay reads many files. The
-        // bad record is passed over: a later call reads on after it. A bad record that uses
-        // up the file (a torn tail, as a killed writer leaves) ends the file without throwing
-        // here and is kept for throwTornTail().
+        // "EngineOutputDataFileReader::readData() - corrupt or invalid logfile", whose path()
+        // names the file; a record larger than the maximum record size throws FileReader's
+        // SerializableError. The bad record is passed over: a later call reads on after it.
+        // With tornTailLast, a bad record that uses up the file (a torn tail, as a killed
+        // writer leaves) ends the file without throwing here and is kept for throwTornTail().
         const boost::shared_ptr<EngineOutputData>& current();
         void advance() { _current.reset(); }
         const std::wstring& path() const { return _path; }
         bool hasTornTail() const { return _torn_tail; }
-        // Throws the corrupt-logfile error above once for a torn tail; no-op otherwise.
+        // Throws the corrupt-logfile error above once for a kept torn tail; no-op otherwise.
         void throwTornTail();
+        void setTornTailLast(bool last) { _torn_tail_last = last; }
+        void setMaxRecordSize(unsigned int size) { _reader.setMaxRecordSize(size); }
 
       private:
         std::wstring _path;
         FileReader _reader;
         boost::shared_ptr<EngineOutputData> _current;
         bool _torn_tail = false;
+        bool _torn_tail_last = false;
     };
 
     EngineOutputDataFileReader();
@@ -94,21 +100,36 @@ class EngineOutputDataFileReader {
 
     // The next frame: the smallest frame number among the files' next records, holding the
     // mergeable sub-objects of every record with that number. Null once every file is used
-    // up. A file's torn tail is reported only when the other files are used up too, one
-    // call per torn file in file order: one file cut short by a crash does not hold back
-    // the frames the others still have, and a caller that stops at the first error has
-    // every complete record. Usage error "files are not open". Besides the stream errors
-    // above: two records of one frame with the same object id fail as
-    // SerializableComposite::addSubObject does; a sub-object that is not an EngineOutputBase
-    // raises "EngineOutputDataFileReader::readData() - invalid sub-object".
+    // up. Usage error "files are not open". Besides the stream errors above: two records of
+    // one frame with the same object id fail as SerializableComposite::addSubObject does; a
+    // sub-object that is not an EngineOutputBase raises "EngineOutputDataFileReader::
+    // readData() - invalid sub-object".
     boost::shared_ptr<EngineOutputData> readData();
-    // True when every file is used up and no torn tail is left to report.
+    // True when every file's next record is empty (all files used up); reading the files'
+    // next records here raises the stream errors above like readData.
     bool endOfData() const;
+
+    // Off by default: a file's bad record raises its error as soon as that file's next record
+    // is read. On: a torn tail (a bad record that ends its file) is reported only when the
+    // other files are used up too, one readData call per torn file in file order, and
+    // endOfData() is false while such an error is left to report. A crash that cut one file
+    // short then holds back none of the frames the others still have, and a caller that
+    // stops at the first error has every complete record.
+    void setTornTailsLast(bool last);
+    bool tornTailsLast() const { return _torn_tails_last; }
+    // Largest record, header included, that a file's reader decodes (FileReader's, 64 MiB
+    // unless set); applies to the open files and to those opened later.
+    void setMaxRecordSize(unsigned int max_record_size);
+    unsigned int maxRecordSize() const { return _max_record_size; }
+    // Directory entries named like log files that the last openFiles passed over.
+    const std::vector<std::wstring>& skippedFiles() const { return _skipped_files; }
     bool areFilesOpen() const { return !_streams.empty(); }
     void closeFiles();
 
   private:
-    static std::vector<std::wstring> logFilesInDir(const std::wstring& directory);
+    // Entries passed over are added to `skipped`.
+    static std::vector<std::wstring> logFilesInDir(const std::wstring& directory,
+                                                   std::vector<std::wstring>& skipped);
     void openStreams(const std::vector<std::wstring>& paths);
     bool isMergable(char id) const;
     bool hasRecords() const;
@@ -119,6 +140,9 @@ class EngineOutputDataFileReader {
 
     std::vector<char> _merge_ids;
     std::vector<std::unique_ptr<EngineOutputDataStream>> _streams;
+    std::vector<std::wstring> _skipped_files;
+    bool _torn_tails_last = false;
+    unsigned int _max_record_size = FileReader::DEFAULT_MAX_RECORD_SIZE;
 };
 
 }  // namespace io

@@ -23,10 +23,13 @@ class InetAddress {
 public:
     // The wildcard receiver address (INADDR_ANY) with the given port.
     explicit InetAddress(int port = 0);
-    // The address `host` names (see setHost). Throws InetAddressException
-    // "Could not resolve host '<host>': <description>" when it names none, rather than
-    // leaving a wildcard address that would quietly reach this machine.
+    // The address `host` names, through setHost. A name that does not resolve leaves the
+    // wildcard address (INADDR_ANY) without an exception; resolve() is the checked form.
     InetAddress(int port, const std::string& host);
+    // As the constructor above, but throws InetAddressException "Could not resolve host
+    // '<host>': <description>" for a name that resolves to nothing, rather than handing
+    // back a wildcard address that would quietly reach this machine.
+    static InetAddress resolve(int port, const std::string& host);
     // Entry `adapter` of the local address table; see setLocalAdapter.
     InetAddress(int port, int adapter);
     explicit InetAddress(const sockaddr_in& address);

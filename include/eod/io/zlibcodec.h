@@ -26,10 +26,6 @@ template <class Base>
 class ZLibCodec : public Base {
   public:
     static constexpr unsigned int FRAME_HEADER_BYTES = 12;
-    // Longest record the stream carries: 64 MiB, far above any frame the engine emits (a
-    // frame with several uncompressed full-HD images stays well below). The encoder refuses
-    // longer records; to the decoder a longer length means a corrupt or hostile stream.
-    static constexpr unsigned int MAX_RECORD_LENGTH = 64u << 20;
 
   protected:
     explicit ZLibCodec(ZLibCodecImpl* impl) : _impl(impl) {}

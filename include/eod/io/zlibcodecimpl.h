@@ -59,6 +59,11 @@ class ZLibCodecImpl {
     // is kept: dropInput() first to discard it.
     int reset();
     void dropInput();
+    // The input zlib has not taken yet, and a way to point it elsewhere (at a copy of the
+    // same bytes) without pumping.
+    const unsigned char* input() const;
+    unsigned int inputLeft() const;
+    void moveInput(const unsigned char* data, unsigned int length);
 
     // The raw window bits in use: -15 for inflate; for deflate -8 (a 256-byte window)
     // where the linked zlib accepts it, else -9.

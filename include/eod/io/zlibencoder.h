@@ -4,6 +4,7 @@
 #include <eod/io/serializablecompressorencoder.h>
 #include <eod/io/zlibcodec.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace tq {
@@ -24,9 +25,10 @@ class ZLibEncoder : public ZLibCodec<SerializableCompressorEncoder> {
     ZLibEncoder(int level, int maxPendingRecords);
     ~ZLibEncoder() override;
 
-    // Serialises the record, frames it with `tag` and deflates it. SerializableError when
-    // the record's serializeEnabled() is false or it is longer than MAX_RECORD_LENGTH; the
-    // stream is then left as it was.
+    // Serialises the record, frames it with `tag` and deflates it; a record of any size
+    // that a frame's 32-bit length can carry. SerializableError when the record's
+    // serializeEnabled() is false or it is longer than that; the stream is then left as it
+    // was.
     void encode(const Serializable& record, unsigned int tag,
                 std::vector<unsigned char>& out) override;
     // Emits nothing before the first record.
@@ -34,6 +36,8 @@ class ZLibEncoder : public ZLibCodec<SerializableCompressorEncoder> {
 
   private:
     void checkDeflate(int rc, const char* function);
+
+    static constexpr std::size_t MAX_KEPT_FRAME_BYTES = 1u << 20;
 
     // Frame under construction, kept to reuse its memory.
     std::vector<unsigned char> _frame;

@@ -13,10 +13,10 @@
 // frame numbers ever decrease, a range cannot be found by search: the whole recording is
 // merged by EngineOutputDataFileReader and the frames outside the range are dropped.
 //
-// Damage: a log that holds a corrupt record inside the range raises EngineOutputDataFileError
-// "FrameRangeReader::readData() - corrupt or invalid logfile: <path>" and reading goes on
-// after it on the next call; a torn tail is reported once the other logs are used up, as
-// the full merge does it.
+// Damage: a bad record met inside the range raises EngineOutputDataFileError
+// "FrameRangeReader::readData() - corrupt or invalid logfile: <path>" when it is read, and
+// reading goes on after it on the next call; with setTornTailsLast(true) a torn tail is
+// reported only once the other logs are used up. Both as EngineOutputDataFileReader does it.
 
 #include <cstdint>
 #include <fstream>
@@ -53,6 +53,9 @@ class FrameRangeReader {
     // Frames first..last, both included; by default every frame. Usage errors "range set
     // after reading began", "first > last".
     void setRange(unsigned int first, unsigned int last);
+    // As EngineOutputDataFileReader::setTornTailsLast; off by default. Usage error "option
+    // set after reading began".
+    void setTornTailsLast(bool last);
 
     // The next frame of the range, null when there is none left.
     boost::shared_ptr<EngineOutputData> readData();
@@ -72,6 +75,7 @@ class FrameRangeReader {
     std::vector<std::string> _logs;
     unsigned int _first = 0;
     unsigned int _last = std::numeric_limits<unsigned int>::max();
+    bool _torn_tails_last = false;
     Mode _mode = Mode::CLOSED;
     std::vector<std::unique_ptr<Stream>> _streams;
     EngineOutputDataFileReader _all;
