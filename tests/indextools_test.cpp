@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <eod/io/engineoutputdatafilereader.h>
@@ -227,4 +231,30 @@ TEST_F(IndexTools, MergeJoinsRecordingsAndNeverResolvesAConflictSilently) {
                {"merge " + path("a") + " " + path("rec/Timing.tql") + " " + path("x"), 1},
                {"merge " + path("a") + " " + path("b") + " " + path("a"), 1}};
     for (const auto& c : bad) EXPECT_EQ(run(c.args).status, c.status) << c.args;
+}
+
+TEST_F(IndexTools, RecordWritesAnIndexBesideEveryLog) {
+    const fs::path serve_err = _dir / "serve.err", serve_pid = _dir / "serve.pid";
+    ASSERT_EQ(std::system((std::string(EOD_TOOL_PATH) +
+                           " serve --synthetic --port 0 --frames 90 --rate 2000 >/dev/null 2>" +
+                           serve_err.string() + " </dev/null & echo $! >" + serve_pid.string())
+                              .c_str()),
+              0);
+    struct Stop {
+        fs::path pid_file;
+        ~Stop() { std::system(("kill " + eodtest::readText(pid_file) + " 2>/dev/null").c_str()); }
+    } stop{serve_pid};
+    std::smatch port;
+    const std::regex listening("listening on port ([0-9]+)");
+    std::string text;
+    for (int i = 0; i < 100 && !std::regex_search(text, port, listening); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        text = eodtest::readText(serve_err);
+    }
+    ASSERT_TRUE(std::regex_search(text, port, listening)) << text;
+    const Result recorded = run("record --connect 127.0.0.1:" + port[1].str() + " --out " +
+                                path("live") + " --frames 90 --idle 10");
+    ASSERT_EQ(recorded.status, 0) << recorded.err;
+    expectIndexed(path("live"));
+    EXPECT_EQ(io::LogIndex::open(path("live/Timing.tql")).size(), 90u);
 }
