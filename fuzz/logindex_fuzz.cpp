@@ -67,12 +67,7 @@ Bytes logBytes(bool backwards) {
 }
 
 const std::string& directory() {
-    static const std::string dir = [] {
-        std::string pattern =
-            (::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/eodfuzzXXXXXX");
-        EOD_FUZZ_EXPECT(::mkdtemp(&pattern[0]) != nullptr);
-        return pattern;
-    }();
+    static const std::string dir = eodfuzz::makeScratchDirectory();
     static const bool ready = [] {
         writeFile(dir + "/A.tql", logBytes(false));
         writeFile(dir + "/B.tql", logBytes(true));

@@ -3,12 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
-#include <regex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <eod/io/engineoutputdatafilereader.h>
@@ -234,25 +230,9 @@ TEST_F(IndexTools, MergeJoinsRecordingsAndNeverResolvesAConflictSilently) {
 }
 
 TEST_F(IndexTools, RecordWritesAnIndexBesideEveryLog) {
-    const fs::path serve_err = _dir / "serve.err", serve_pid = _dir / "serve.pid";
-    ASSERT_EQ(std::system((std::string(EOD_TOOL_PATH) +
-                           " serve --synthetic --port 0 --frames 90 --rate 2000 >/dev/null 2>" +
-                           serve_err.string() + " </dev/null & echo $! >" + serve_pid.string())
-                              .c_str()),
-              0);
-    struct Stop {
-        fs::path pid_file;
-        ~Stop() { std::system(("kill " + eodtest::readText(pid_file) + " 2>/dev/null").c_str()); }
-    } stop{serve_pid};
-    std::smatch port;
-    const std::regex listening("listening on port ([0-9]+)");
-    std::string text;
-    for (int i = 0; i < 100 && !std::regex_search(text, port, listening); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        text = eodtest::readText(serve_err);
-    }
-    ASSERT_TRUE(std::regex_search(text, port, listening)) << text;
-    const Result recorded = run("record --connect 127.0.0.1:" + port[1].str() + " --out " +
+    const std::string port = serveSynthetic("--frames 90 --rate 2000");
+    ASSERT_FALSE(port.empty());
+    const Result recorded = run("record --connect 127.0.0.1:" + port + " --out " +
                                 path("live") + " --frames 90 --idle 10");
     ASSERT_EQ(recorded.status, 0) << recorded.err;
     expectIndexed(path("live"));

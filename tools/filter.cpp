@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <limits>
 #include <map>
 #include <set>
 

@@ -7,8 +7,6 @@
 #include <filesystem>
 #include <iostream>
 
-#include <unistd.h>
-
 #include <eod/eoderror.h>
 #include <eod/io/index/framerangereader.h>
 #include <eod/io/index/logrecovery.h>
