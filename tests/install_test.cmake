@@ -1,7 +1,9 @@
 # Installs the build tree into a fresh prefix, then configures, builds and runs the consumer
 # project against that prefix only. Run by CTest as
 #   cmake -DBUILD_DIR=... -DCONSUMER_DIR=... -DWORK_DIR=... -DCXX_COMPILER=... -DCXX_FLAGS=...
-#         -P install_test.cmake
+#         [-DTOOL=bin/eod] -P install_test.cmake
+# With TOOL (the command's path under the prefix), the installed command must start and
+# find the installed library on its own.
 foreach(var BUILD_DIR CONSUMER_DIR WORK_DIR CXX_COMPILER)
   if(NOT DEFINED ${var})
     message(FATAL_ERROR "${var} is not set")
@@ -25,4 +27,11 @@ run("${CMAKE_COMMAND}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build"
     "-DCMAKE_EXE_LINKER_FLAGS=${CXX_FLAGS}")
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
 run("${WORK_DIR}/build/consumer")
+if(DEFINED TOOL)
+  execute_process(COMMAND "${WORK_DIR}/prefix/${TOOL}" --version RESULT_VARIABLE rc
+                  OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT rc EQUAL 0 OR NOT out MATCHES "^[0-9]+\\.[0-9]+\\.[0-9]+\n$")
+    message(FATAL_ERROR "installed ${TOOL} --version failed (${rc}): ${out}${err}")
+  endif()
+endif()
 file(REMOVE_RECURSE "${WORK_DIR}")

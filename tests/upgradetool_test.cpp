@@ -65,6 +65,14 @@ TEST_F(EodTool, UpgradeWritesEveryFrameInTheCurrentLayout) {
     // An upgraded recording upgrades to itself.
     ASSERT_EQ(run("upgrade " + path("new.raw") + " " + path("again.raw")).status, 0);
     EXPECT_EQ(eodtest::readFile(path("again.raw")), encodeAll(frames));
+
+    // cat --upgrade reads the old recording as the upgraded copy prints.
+    const Result upgraded = run("cat " + path("new.raw"));
+    const Result on_the_fly = run("cat --upgrade " + path("old.raw"));
+    ASSERT_EQ(upgraded.status, 0) << upgraded.err;
+    EXPECT_EQ(on_the_fly.status, 0) << on_the_fly.err;
+    EXPECT_EQ(on_the_fly.out, upgraded.out);
+    EXPECT_NE(run("cat " + path("old.raw")).out, upgraded.out);
 }
 
 TEST_F(EodTool, UpgradeFailuresLeaveNoOutputAndKeepAnExistingOne) {

@@ -1,65 +1,41 @@
-// `eod cat PATH [--ids LIST] [--frames A:B]`: merged frames in the library's column form,
-// a header line and then one tab-separated line per frame.
+// `eod cat PATH [--ids LIST] [--frames A:B] [--format tsv|jsonl] [--upgrade]`: merged
+// frames as one table, a header line and then one tab-separated line per frame, as the
+// library's log-to-text conversion prints it (utils::logToText, io::OutputDataPrinter). Its
+// first pass over the recording finds every record type the table needs, so that the
+// columns are fixed before the first line and never shift. JSON Lines need no columns and
+// no first pass.
 
-#include <algorithm>
 #include <iostream>
-#include <limits>
+
+#include <eod/io/outputdataprinter.h>
+#include <eod/upgrade.h>
+#include <eod/utils/outputdatautils.h>
 
 #include "commands.h"
 #include "framesource.h"
-#include "toolerror.h"
 
 namespace eodtool {
 
-namespace {
-
-struct FrameRange {
-    unsigned int first = 0;
-    unsigned int last = std::numeric_limits<unsigned int>::max();
-};
-
-FrameRange parseRange(const std::string& text) {
-    FrameRange range;
-    if (text.empty()) return range;
-    const std::string::size_type colon = text.find(':');
-    if (colon == std::string::npos) throw ToolError("--frames: expected A:B, got '" + text + "'");
-    try {
-        if (colon > 0) range.first = static_cast<unsigned int>(std::stoul(text.substr(0, colon)));
-        if (colon + 1 < text.size()) {
-            range.last = static_cast<unsigned int>(std::stoul(text.substr(colon + 1)));
-        }
-    } catch (const std::exception&) {
-        throw ToolError("--frames: expected A:B, got '" + text + "'");
-    }
-    return range;
-}
-
-// Keeps only the sub-records of the listed ids; false when none is left.
-bool keepIds(tq::eod::EngineOutputData& frame, const std::vector<int>& ids) {
-    if (ids.empty()) return true;
-    for (const auto& sub : frame.subObjects()) {
-        if (std::find(ids.begin(), ids.end(), sub->objectID()) == ids.end()) {
-            frame.removeSubObject(*sub);
-        }
-    }
-    return frame.numSubObjects() > 0;
-}
-
-}  // namespace
-
 int runCat(const CatOptions& options) {
-    const FrameRange range = parseRange(options.frames);
-    std::unique_ptr<FrameSource> source = openRecording(options.path);
-    bool header_written = false;
-    while (boost::shared_ptr<tq::eod::EngineOutputData> frame = source->next()) {
-        if (frame->frameNum() < range.first || frame->frameNum() > range.last) continue;
-        if (!keepIds(*frame, options.ids)) continue;
-        if (!header_written) {
-            frame->printHeader(std::cout);
-            std::cout << '\n';
-            header_written = true;
-        }
-        std::cout << *frame << '\n';
+    // The range was checked when the command line was read.
+    const FrameRange range = parseFrameRange(options.frames).value();
+    const std::vector<char> ids(options.ids.begin(), options.ids.end());
+
+    if (options.format == "jsonl") {
+        tq::eod::io::OutputDataPrinter printer;
+        std::unique_ptr<FrameSource> source = openRecording(options.path, options.upgrade);
+        while (const auto frame = nextSelected(*source, range, ids))
+            printer.printJson(std::cout, *frame);
+        return 0;
+    }
+    requireRecordingPath(options.path);
+    try {
+        tq::eod::utils::logToText(options.path, std::cout, [&](tq::eod::EngineOutputData& frame) {
+            if (options.upgrade) tq::eod::upgrade(frame);
+            return isSelected(frame, range, ids);
+        });
+    } catch (const tq::eod::EODError& e) {
+        throw readError(options.path, e);
     }
     return 0;
 }

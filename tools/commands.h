@@ -13,22 +13,28 @@ namespace eodtool {
 struct DemoOptions {
     unsigned int frames = 600;
     std::string out = "./eod-demo";
+    bool images = false;  // a session with eye images, into a compressed container
 };
 
 struct InfoOptions {
     std::string path;
+    bool upgrade = false;  // count record types as in the current layout
 };
 
 struct CatOptions {
     std::string path;
-    std::vector<int> ids;  // empty: every id
+    std::vector<int> ids;  // empty: every id; else kept at the top and inside face sets
     std::string frames;    // "A:B", either end may be left out; empty: all
+    std::string format = "tsv";  // or "jsonl"
+    bool upgrade = false;        // every frame in the current layout before printing
 };
 
 struct ServeOptions {
     std::string path;        // a recording, or empty with synthetic
     bool synthetic = false;
+    std::string host = "127.0.0.1";  // the address to listen on; 0.0.0.0: every interface
     int port = 0;
+    std::vector<int> ids;    // as for cat
     double rate = 0;         // frames per second; 0: the recording's own pace (60 Hz without timing)
     bool loop = false;
     unsigned int frames = 0; // stop after this many frames per client; 0: the whole source
@@ -49,14 +55,14 @@ struct RecordOptions {
 struct ConvertOptions {
     std::string in;
     std::string out;
+    std::string profile;  // compress: into a compressed container with this profile
 };
 
 struct FilterOptions {
     std::string in;
     std::string out;
     std::vector<int> ids;  // empty: every log
-    unsigned int first_frame = 0;
-    unsigned int last_frame = 0xFFFFFFFFu;
+    std::string frames;    // "A:B", either end may be left out; empty: all
     bool has_time = false;
     double first_time = 0;  // seconds from the first timing record
     double last_time = 0;
@@ -80,6 +86,12 @@ int runUpgrade(const ConvertOptions& options);
 int runRecover(const ConvertOptions& options);
 int runFilter(const FilterOptions& options);
 int runMerge(const MergeOptions& options);
+int runIds();
+// The compressed container (container.cpp).
+bool isContainerFile(const std::string& path);
+int runCompressContainer(const ConvertOptions& options);
+int runDecompressContainer(const ConvertOptions& options);
+int runDemoImages(const DemoOptions& options);
 
 }  // namespace eodtool
 

@@ -137,7 +137,18 @@ int runDecompress(const ConvertOptions& options) {
         }
         for (;;) {
             unsigned int status = 0;
-            const tq::eod::io::DecoderData item = decoder.getNextWithStatus(status);
+            tq::eod::io::DecoderData item;
+            try {
+                // Taking an item may inflate more of what the bounded queue held back.
+                item = decoder.getNextWithStatus(status);
+            } catch (const tq::eod::EODError& e) {
+                throw ToolError(where(n) + e.what());
+            }
+            // A record that fails its CRC resets the decoder without an exception.
+            if (decoder.numCrcMismatches() > 0) {
+                throw ToolError(where(n) + "record " + std::to_string(expected_tag) +
+                                " fails its CRC check");
+            }
             if (status & tq::eod::Serializable::STATUS_NOT_ENOUGH_DATA) break;
             if (item.tag != expected_tag) {
                 throw ToolError(where(n) + "record " + std::to_string(expected_tag) + " is missing");

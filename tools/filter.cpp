@@ -20,6 +20,7 @@
 #include <eod/timingoutputdata.h>
 
 #include "commands.h"
+#include "framesource.h"
 #include "logrecords.h"
 #include "outputpath.h"
 #include "toolerror.h"
@@ -93,6 +94,7 @@ int runFilter(const FilterOptions& options) {
     }
 
     // The frames of the whole recording, then the ranges, then every N-th.
+    const FrameRange range = parseFrameRange(options.frames).value();
     std::set<unsigned int> numbers;
     for (const Log& log : logs) {
         for (const RecordRef& r : log.records) numbers.insert(r.frame_num);
@@ -106,7 +108,7 @@ int runFilter(const FilterOptions& options) {
     const double t0 = times.empty() ? 0 : times.begin()->second;
     std::uint64_t n = 0;
     for (unsigned int number : numbers) {
-        if (number < options.first_frame || number > options.last_frame) continue;
+        if (!range.contains(number)) continue;
         if (options.has_time) {
             const auto t = times.find(number);
             if (t == times.end()) continue;

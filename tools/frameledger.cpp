@@ -68,6 +68,13 @@ void FrameLedger::addFrame(unsigned int frame_num, std::uint64_t offset) {
     _has_last = true;
 }
 
+bool FrameLedger::hasFrameNum(unsigned int frame_num) const {
+    auto run = _runs.upper_bound(frame_num);
+    if (run == _runs.begin()) return false;
+    --run;
+    return frame_num <= run->second;
+}
+
 void FrameLedger::mergeFrameNumbers(const FrameLedger& other) {
     const auto distinct = [](const std::map<unsigned int, unsigned int>& runs) {
         std::uint64_t n = 0;

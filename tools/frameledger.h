@@ -39,6 +39,19 @@ public:
     // frames of a recording whose record types are logged in separate files.
     void mergeFrameNumbers(const FrameLedger& other);
 
+    // Whether a frame of this number was read.
+    bool hasFrameNum(unsigned int frame_num) const;
+    // Calls f(n) for each frame number read, in ascending order, once each.
+    template <class F>
+    void forEachFrameNum(F f) const {
+        for (const auto& run : _runs) {
+            for (unsigned int n = run.first;; ++n) {
+                f(n);
+                if (n == run.second) break;
+            }
+        }
+    }
+
     std::size_t numFrames() const { return _num_frames; }
     bool empty() const { return _num_frames == 0; }
     unsigned int firstFrameNum() const { return _runs.begin()->first; }

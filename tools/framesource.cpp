@@ -1,9 +1,13 @@
 #include "framesource.h"
 
+#include <cctype>
 #include <filesystem>
 
 #include <eod/eoderror.h>
+#include <eod/io/engineoutputdatafileerror.h>
 #include <eod/io/engineoutputdatafilereader.h>
+#include <eod/upgrade.h>
+#include <eod/utils/frameselection.h>
 
 #include "toolerror.h"
 
@@ -11,42 +15,105 @@ namespace eodtool {
 
 namespace {
 
+// A frame number in decimal digits, nothing else (no sign, no wrap-around).
+bool parseFrameNum(const std::string& text, unsigned int& value) {
+    if (text.empty() || text.size() > 10) return false;
+    unsigned long long n = 0;
+    for (char c : text) {
+        if (!std::isdigit(static_cast<unsigned char>(c))) return false;
+        n = n * 10 + static_cast<unsigned>(c - '0');
+    }
+    if (n > std::numeric_limits<unsigned int>::max()) return false;
+    value = static_cast<unsigned int>(n);
+    return true;
+}
+
 class RecordingSource : public FrameSource {
 public:
-    explicit RecordingSource(const std::string& path) : _path(path) {
-        std::error_code ec;
-        if (!std::filesystem::exists(path, ec)) throw ToolError(path + ": no such file or directory");
+    RecordingSource(const std::string& path, bool upgrade) : _path(path), _upgrade(upgrade) {
+        requireRecordingPath(path);
         try {
+            // A log cut short by a crash is reported after every other log has given all
+            // its frames, so no readable frame is held back by another file's torn tail.
+            _reader.setTornTailsLast(true);
+            std::error_code ec;
             if (std::filesystem::is_directory(path, ec)) {
                 _reader.openFiles(path);
-            } else if (!std::filesystem::is_regular_file(path, ec)) {
-                // A FIFO or a device would block the reader or never end.
-                throw ToolError(path + ": not a regular file");
             } else {
                 _reader.openFile(path);
             }
         } catch (const tq::eod::EODError& e) {
-            throw ToolError(path + ": " + e.what());
+            throw readError(path, e);
         }
     }
 
     boost::shared_ptr<tq::eod::EngineOutputData> next() override {
         try {
-            return _reader.readData();
+            const boost::shared_ptr<tq::eod::EngineOutputData> frame = _reader.readData();
+            if (frame && _upgrade) tq::eod::upgrade(*frame);
+            return frame;
         } catch (const tq::eod::EODError& e) {
-            throw ToolError(_path + ": " + e.what());
+            throw readError(_path, e);
         }
     }
 
 private:
     std::string _path;
+    bool _upgrade;
     tq::eod::io::EngineOutputDataFileReader _reader;
 };
 
 }  // namespace
 
-std::unique_ptr<FrameSource> openRecording(const std::string& path) {
-    return std::unique_ptr<FrameSource>(new RecordingSource(path));
+std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade) {
+    return std::unique_ptr<FrameSource>(new RecordingSource(path, upgrade));
+}
+
+std::optional<FrameRange> parseFrameRange(const std::string& text) {
+    FrameRange range;
+    if (text.empty()) return range;
+    const std::string::size_type colon = text.find(':');
+    if (colon == std::string::npos) return std::nullopt;
+    const std::string first = text.substr(0, colon), last = text.substr(colon + 1);
+    if (!first.empty() && !parseFrameNum(first, range.first)) return std::nullopt;
+    if (!last.empty() && !parseFrameNum(last, range.last)) return std::nullopt;
+    if (range.first > range.last) return std::nullopt;
+    return range;
+}
+
+void requireRecordingPath(const std::string& path) {
+    std::error_code ec;
+    const std::filesystem::file_status status = std::filesystem::status(path, ec);
+    if (ec || !std::filesystem::exists(status)) {
+        throw ToolError(path + ": no such file or directory");
+    }
+    // A FIFO or a device would block the reader or never end.
+    if (!std::filesystem::is_directory(status) && !std::filesystem::is_regular_file(status)) {
+        throw ToolError(path + ": not a regular file");
+    }
+}
+
+ToolError readError(const std::string& path, const tq::eod::EODError& e) {
+    // A log file's error names the log that failed, not only the directory.
+    if (const auto* log_error = dynamic_cast<const tq::eod::io::EngineOutputDataFileError*>(&e)) {
+        if (!log_error->path().empty()) return ToolError(log_error->path() + ": " + e.what());
+    }
+    return ToolError(path + ": " + e.what());
+}
+
+bool isSelected(tq::eod::EngineOutputData& frame, const FrameRange& range,
+                const std::vector<char>& ids) {
+    return range.contains(frame.frameNum()) &&
+           (ids.empty() || tq::eod::utils::keepObjectIDs(frame, ids));
+}
+
+boost::shared_ptr<tq::eod::EngineOutputData> nextSelected(FrameSource& source,
+                                                          const FrameRange& range,
+                                                          const std::vector<char>& ids) {
+    while (boost::shared_ptr<tq::eod::EngineOutputData> frame = source.next()) {
+        if (isSelected(*frame, range, ids)) return frame;
+    }
+    return nullptr;
 }
 
 }  // namespace eodtool

@@ -1,12 +1,18 @@
 #ifndef EOD_TOOLS_FRAMESOURCE_H
 #define EOD_TOOLS_FRAMESOURCE_H
 
+#include <limits>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
 #include <eod/engineoutputdata.h>
+#include <eod/eoderror.h>
+
+#include "toolerror.h"
 
 namespace eodtool {
 
@@ -18,9 +24,35 @@ public:
     virtual boost::shared_ptr<tq::eod::EngineOutputData> next() = 0;
 };
 
+// Throws ToolError unless `path` names a directory or a regular file.
+void requireRecordingPath(const std::string& path);
+// A library error met while reading the recording at `path`, as the command reports it.
+ToolError readError(const std::string& path, const tq::eod::EODError& e);
+
 // A log directory (merged by frame number), a log file or a raw record file of frames.
-// Library errors come out as ToolError naming the path.
-std::unique_ptr<FrameSource> openRecording(const std::string& path);
+// Library errors come out as ToolError naming the path. With `upgrade`, each frame is
+// brought to the current layout (tq::eod::upgrade) before it is handed out.
+std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade = false);
+
+// The frames a command works on: frame numbers first..last, both included.
+struct FrameRange {
+    unsigned int first = 0;
+    unsigned int last = std::numeric_limits<unsigned int>::max();
+    bool contains(unsigned int frame_num) const { return frame_num >= first && frame_num <= last; }
+};
+
+// "A:B" with whole numbers A <= B, either end may be left out; empty: every frame. Nothing
+// for any other text.
+std::optional<FrameRange> parseFrameRange(const std::string& text);
+
+// Whether the frame lies in `range` and, when ids are listed, still holds a record after
+// keeping only those (utils::keepObjectIDs, which changes the frame).
+bool isSelected(tq::eod::EngineOutputData& frame, const FrameRange& range,
+                const std::vector<char>& ids);
+// The next frame of `source` that isSelected; null at the end of the source.
+boost::shared_ptr<tq::eod::EngineOutputData> nextSelected(FrameSource& source,
+                                                          const FrameRange& range,
+                                                          const std::vector<char>& ids);
 
 }  // namespace eodtool
 

@@ -1,12 +1,21 @@
 // `eod info PATH`: what a log directory, a log file or a raw record file holds, and the
-// frame ledger that says why frames are missing.
+// frame ledger that says why frames are missing. A summary comes first: frames, frame
+// numbers, duration and mean frame rate from the timing records, and the frames that lack
+// some of the record types the recording holds.
 
 #include <algorithm>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <map>
+#include <set>
+#include <unistd.h>
+
+#include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/timingoutputdata.h>
 
 #include "commands.h"
+#include "framesource.h"
 #include "recordscan.h"
 #include "toolerror.h"
 
@@ -42,6 +51,84 @@ void printScan(std::ostream& os, const FileScan& scan, const std::string& indent
     scan.ledger.print(os, indent + "  ");
 }
 
+// Reads over this many bytes show progress, when someone watches stderr.
+const std::uint64_t kProgressBytes = 4u << 20;
+
+// What the summary says beyond the ledger.
+struct Summary {
+    std::size_t timed_frames = 0;
+    double first_time = 0;
+    double last_time = 0;
+    std::uint64_t incomplete = 0;
+    bool has_incomplete = false;
+    unsigned int first_incomplete = 0;
+
+    void addTime(double t) {
+        if (timed_frames++ == 0) first_time = t;
+        last_time = t;
+    }
+    void addIncomplete(unsigned int frame_num) {
+        if (!has_incomplete || frame_num < first_incomplete) first_incomplete = frame_num;
+        has_incomplete = true;
+        ++incomplete;
+    }
+};
+
+// Reads the frames of a file in order for the summary: their experiment times and, when
+// `types` is given, the frames that lack a top-level record type that others have (with
+// `upgrade`, as each frame reads in the current layout). A damaged tail ends the reading;
+// the ledger reports it.
+void readFrames(const std::string& path, Summary& summary, bool types, bool upgrade) {
+    // Frames by the ids they hold (in the frame's ascending order): how many, and the first.
+    struct Kind {
+        std::uint64_t count = 0;
+        unsigned int first = 0;
+    };
+    std::map<std::vector<char>, Kind> kinds;
+    std::set<char> all;
+    try {
+        std::unique_ptr<FrameSource> source = openRecording(path, upgrade);
+        while (const auto frame = source->next()) {
+            if (const auto timing = frame->typedSubObject<tq::eod::TimingOutputData>(
+                    tq::eod::TimingOutputData::THIS_OBJECT_ID)) {
+                summary.addTime(timing->experimentTime());
+            }
+            if (!types) continue;
+            std::vector<char> ids;
+            for (const auto& sub : frame->subObjects()) {
+                if (ids.empty() || ids.back() != sub->objectID()) ids.push_back(sub->objectID());
+            }
+            all.insert(ids.begin(), ids.end());
+            Kind& kind = kinds[ids];
+            if (kind.count++ == 0 || frame->frameNum() < kind.first) kind.first = frame->frameNum();
+        }
+    } catch (const ToolError&) {
+    }
+    for (const auto& entry : kinds) {
+        if (entry.first.size() == all.size()) continue;
+        summary.addIncomplete(entry.second.first);
+        summary.incomplete += entry.second.count - 1;
+    }
+}
+
+void printSummary(std::ostream& os, const FrameLedger& ledger, const Summary& summary) {
+    os << "summary:\n  ";
+    printFrames(os, ledger, "");
+    if (summary.timed_frames >= 2 && summary.last_time > summary.first_time) {
+        const double duration = summary.last_time - summary.first_time;
+        os << "  duration: " << duration << " s, mean frame rate "
+           << (summary.timed_frames - 1) / duration << " Hz (from " << summary.timed_frames
+           << " timing records)\n";
+    } else {
+        os << "  duration: unknown (fewer than two timing records)\n";
+    }
+    os << "  incomplete frames: " << summary.incomplete;
+    if (summary.has_incomplete) {
+        os << " (some record types missing; the first at frame " << summary.first_incomplete << ')';
+    }
+    os << '\n';
+}
+
 // A file in which not one record could be decoded is not a record file at all.
 void requireRecords(const FileScan& scan) {
     if (scan.size > 0 && scan.known_records == 0) {
@@ -57,10 +144,17 @@ int runInfo(const InfoOptions& options) {
     if (ec || !fs::exists(status)) throw ToolError(options.path + ": no such file or directory");
 
     if (!fs::is_directory(status)) {
+        const bool progress =
+            fs::file_size(options.path, ec) > kProgressBytes && isatty(STDERR_FILENO) != 0;
+        if (progress) std::cerr << "reading " << options.path << " twice..." << std::flush;
         const FileScan scan = scanRecordFile(options.path);
+        Summary summary;
+        if (scan.known_records > 0) readFrames(options.path, summary, true, options.upgrade);
+        if (progress) std::cerr << "\r\x1b[K" << std::flush;
         requireRecords(scan);
         std::cout << options.path << ": record file, " << scan.size << " bytes, " << scan.records
                   << " records\n";
+        printSummary(std::cout, scan.ledger, summary);
         printScan(std::cout, scan, "");
         return 0;
     }
@@ -82,19 +176,43 @@ int runInfo(const InfoOptions& options) {
     if (logs.empty()) throw ToolError(options.path + ": no log files (*.tql) in this directory");
     std::sort(logs.begin(), logs.end());
 
+    std::uint64_t total = 0;
+    for (const fs::path& log : logs) total += fs::file_size(log, ec);
+    const bool progress = total > kProgressBytes && isatty(STDERR_FILENO) != 0;
+
     std::vector<FileScan> scans;
     std::uint64_t bytes = 0;
     FrameLedger merged;
     for (const fs::path& log : logs) {
+        if (progress) {
+            std::cerr << "\rreading " << log.filename().string() << " (" << bytes * 100 / total
+                      << "%)\x1b[K" << std::flush;
+        }
         scans.push_back(scanRecordFile(log.string()));
         bytes += scans.back().size;
         merged.mergeFrameNumbers(scans.back().ledger);
     }
+    if (progress) std::cerr << "\r\x1b[K" << std::flush;
+
+    Summary summary;
+    merged.forEachFrameNum([&](unsigned int n) {
+        for (const FileScan& scan : scans) {
+            if (!scan.ledger.hasFrameNum(n)) {
+                summary.addIncomplete(n);
+                return;
+            }
+        }
+    });
+    const fs::path timing = fs::path(options.path) /
+                            (fs::path(tq::eod::io::EngineOutputDataFileWriter::objectIDToFileName(
+                                          tq::eod::TimingOutputData::THIS_OBJECT_ID))
+                                 .string() +
+                             ".tql");
+    if (fs::exists(timing, ec)) readFrames(timing.string(), summary, false, false);
 
     std::cout << options.path << ": log directory, " << logs.size() << " log files, " << bytes
               << " bytes\n";
-    std::cout << "merged ";
-    printFrames(std::cout, merged, "");
+    printSummary(std::cout, merged, summary);
     std::cout << "merged ";
     merged.printGaps(std::cout);
     std::cout << '\n';

@@ -1,6 +1,8 @@
 #ifndef EOD_TOOLS_LOGIDS_H
 #define EOD_TOOLS_LOGIDS_H
 
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <eod/engineoutputdata.h>
@@ -15,6 +17,14 @@ void registerToolLogNames();
 
 // The object ids of a frame's sub-records that have a log file name, in ascending order.
 std::vector<char> loggedIdsOf(const tq::eod::EngineOutputData& frame);
+
+// Every object id that has a log file name, with that name, in ascending id order: the ids
+// that --ids accepts.
+std::vector<std::pair<int, std::string>> logNames();
+
+// The check of one --ids element, shared by every command that takes --ids: empty when the
+// text is an object id with a log file name, else the reason it is not.
+std::string checkLoggedId(const std::string& text);
 
 }  // namespace eodtool
 

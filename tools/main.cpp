@@ -1,17 +1,19 @@
 // eod: record, replay, inspect and convert the frames of a face- and eye-tracking engine.
 // Exit status: 0 success, 1 runtime failure (one line on stderr), 2 usage error.
 
-#include <cmath>
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <iostream>
-#include <limits>
-#include <type_traits>
 
 #include <CLI/CLI.hpp>
 
 #include <eod/eoderror.h>
+#include <eod/io/compress/compressionprofileregistry.h>
+#include <eod/version.h>
 
 #include "commands.h"
+#include "framesource.h"
 #include "logids.h"
 #include "toolerror.h"
 
@@ -22,56 +24,154 @@ namespace {
 const int kRuntimeFailure = 1;
 const int kUsageError = 2;
 
-// "A:B" with either end optional, 0 <= A <= B, into `first`/`last` (left as they are for a
-// missing end); a usage error naming the option otherwise.
-template <class T>
-void parseRange(const std::string& option, const std::string& text, T& first, T& last) {
-    const auto number = [&](const std::string& part, T& value) {
+// "T0:T1" in seconds with either end optional, 0 <= T0 <= T1, into the filter's time range;
+// a usage error naming --time otherwise.
+void parseTimeRange(const std::string& text, FilterOptions& filter) {
+    const auto seconds = [&](const std::string& part, double& value) {
         std::size_t used = 0;
-        const double d = std::stod(part, &used);
-        if (used != part.size() || !(d >= 0) || d > double(std::numeric_limits<T>::max()) ||
-            (std::is_integral<T>::value && d != std::floor(d))) {
-            throw std::invalid_argument(part);
-        }
-        value = static_cast<T>(d);
+        value = std::stod(part, &used);
+        if (used != part.size() || !(value >= 0) || value > 1e300) throw std::invalid_argument(part);
     };
     const std::string::size_type colon = text.find(':');
-    T a = first, b = last;
+    double first = 0, last = 1e300;
     try {
         if (colon == std::string::npos) throw std::invalid_argument(text);
-        if (colon > 0) number(text.substr(0, colon), a);
-        if (colon + 1 < text.size()) number(text.substr(colon + 1), b);
-        if (a > b) throw std::invalid_argument(text);
+        if (colon > 0) seconds(text.substr(0, colon), first);
+        if (colon + 1 < text.size()) seconds(text.substr(colon + 1), last);
+        if (first > last) throw std::invalid_argument(text);
     } catch (const std::exception&) {
-        throw CLI::ValidationError(option, "expected A:B with 0 <= A <= B, got '" + text + "'");
+        throw CLI::ValidationError("--time", "expected T0:T1 in seconds with 0 <= T0 <= T1, got '" + text + "'");
     }
-    first = a;
-    last = b;
+    filter.has_time = true;
+    filter.first_time = first;
+    filter.last_time = last;
+}
+
+// Every usage error of the command ends here: one line naming the argument, exit status 2.
+int usageError(const std::string& message) {
+    std::cerr << "eod: " << message << "\nRun with --help for more information.\n";
+    return kUsageError;
+}
+
+std::size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+// The first word that is not an option names the subcommand (the command itself takes no
+// option with a value); empty when it is one of the app's.
+std::string unknownSubcommand(const CLI::App& app, int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word.empty() || word[0] == '-') continue;
+        std::string nearest;
+        std::size_t best = std::string::npos;
+        for (const CLI::App* sub : app.get_subcommands([](const CLI::App*) { return true; })) {
+            if (sub->get_name() == word) return std::string();
+            const std::size_t distance = editDistance(word, sub->get_name());
+            if (distance < best) {
+                best = distance;
+                nearest = sub->get_name();
+            }
+        }
+        return "unknown subcommand '" + word + "' (did you mean '" + nearest + "'?)";
+    }
+    return std::string();
+}
+
+CLI::Validator validator(std::string (*check)(const std::string&), const std::string& what) {
+    return CLI::Validator([check](std::string& text) { return check(text); }, what);
+}
+
+std::string checkFrameRange(const std::string& text) {
+    if (parseFrameRange(text)) return std::string();
+    return "expected A:B with whole numbers 0 <= A <= B (either end may be left out), got '" +
+           text + "'";
+}
+
+std::string checkFrameCount(const std::string& text) {
+    std::size_t end = 0;
+    unsigned long n = 0;
+    try {
+        n = std::stoul(text, &end);
+    } catch (const std::exception&) {
+    }
+    if (text.empty() || !std::isdigit(static_cast<unsigned char>(text[0])) || end != text.size() ||
+        n == 0 || n > 0xffffffffUL) {
+        return "expected a number of frames from 1 to 4294967295, got '" + text + "'";
+    }
+    return std::string();
+}
+
+std::string checkHostPort(const std::string& text) {
+    const std::string::size_type colon = text.rfind(':');
+    const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
+    bool valid = colon != std::string::npos && colon > 0 && !port.empty() && port.size() <= 5;
+    for (char c : port) valid = valid && std::isdigit(static_cast<unsigned char>(c));
+    if (valid && std::stoi(port) >= 1 && std::stoi(port) <= 65535) return std::string();
+    return "expected HOST:PORT with a port from 1 to 65535, got '" + text + "'";
+}
+
+std::string idsFooter() {
+    std::string text = "Object ids for --ids (found at the top of a frame or in its face sets):";
+    for (const auto& entry : logNames()) {
+        text += " " + std::to_string(entry.first) + " " + entry.second + ",";
+    }
+    text.back() = '.';
+    return text + " `eod ids` lists them.\n";
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    registerToolLogNames();
     CLI::App app{"eod: record, replay, inspect and convert eye-tracking engine frames"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", tq::eod::libraryVersion(), "Print the library version");
+    app.footer(idsFooter());
+    const CLI::Validator frame_range = validator(checkFrameRange, "A:B");
+    const CLI::Validator frame_count = validator(checkFrameCount, "COUNT");
+    const CLI::Validator logged_id = validator(checkLoggedId, "ID");
 
     DemoOptions demo;
     CLI::App* demo_cmd = app.add_subcommand(
         "demo", "Record a synthetic session as per-object logs, replay it and check every frame");
     demo_cmd->add_option("--frames", demo.frames, "Number of frames (default 600, 10 s at 60 Hz)")
-        ->check(CLI::PositiveNumber);
+        ->check(frame_count);
     demo_cmd->add_option("--out", demo.out, "Log directory (default ./eod-demo)");
+    demo_cmd->add_flag("--images", demo.images,
+                       "Frames with eye images, into DIR/demo.eodc with the \"compact\" profile");
 
     InfoOptions info;
     CLI::App* info_cmd = app.add_subcommand(
         "info", "Frames, records per object id and the frame ledger of a recording");
     info_cmd->add_option("PATH", info.path, "Log directory, log file or raw record file")->required();
+    info_cmd->add_flag("--upgrade", info.upgrade,
+                       "Count record types as in the current layout (incomplete frames)");
 
     CatOptions cat;
-    CLI::App* cat_cmd = app.add_subcommand("cat", "Print merged frames as tab-separated columns");
+    CLI::App* cat_cmd = app.add_subcommand(
+        "cat", "Print merged frames as one tab-separated table or as JSON Lines");
     cat_cmd->add_option("PATH", cat.path, "Log directory, log file or raw record file")->required();
-    cat_cmd->add_option("--ids", cat.ids, "Object ids to keep (comma-separated)")->delimiter(',');
-    cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)");
+    cat_cmd->add_option("--ids", cat.ids, "Object ids to keep (comma-separated)")
+        ->delimiter(',')
+        ->check(logged_id);
+    cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)")
+        ->check(frame_range);
+    cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: JSON Lines")
+        ->check(CLI::IsMember({"tsv", "jsonl"}));
+    cat_cmd->add_flag("--upgrade", cat.upgrade,
+                      "Print every frame in the current layout, whatever engine version wrote it");
 
     ServeOptions serve;
     CLI::App* serve_cmd = app.add_subcommand("serve", "Stream frames over TCP like an engine");
@@ -79,22 +179,38 @@ int main(int argc, char** argv) {
     CLI::Option* serve_synthetic =
         serve_cmd->add_flag("--synthetic", serve.synthetic, "Stream the synthetic engine");
     serve_path->excludes(serve_synthetic);
+    serve_cmd->callback([&serve] {
+        if (!serve.synthetic && serve.path.empty()) {
+            throw CLI::ValidationError("PATH", "give a recording PATH or --synthetic");
+        }
+    });
+    serve_cmd->add_option("--host", serve.host,
+                          "Address to listen on (default 127.0.0.1; 0.0.0.0: every interface)");
     serve_cmd->add_option("--port", serve.port, "TCP port (0: any free port)")
         ->required()
         ->check(CLI::Range(0, 65535));
     serve_cmd->add_option("--rate", serve.rate, "Frames per second (default: the recording's pace)")
         ->check(CLI::NonNegativeNumber);
     serve_cmd->add_flag("--loop", serve.loop, "Start the recording again at its end");
-    serve_cmd->add_option("--frames", serve.frames, "Stop after this many frames");
+    serve_cmd->add_option("--frames", serve.frames, "Stop after this many frames")
+        ->check(frame_count);
+    serve_cmd->add_option("--ids", serve.ids, "Object ids to send (comma-separated)")
+        ->delimiter(',')
+        ->check(logged_id);
 
     RecordOptions record;
     CLI::App* record_cmd =
         app.add_subcommand("record", "Receive frames from an engine and log them per object id");
-    record_cmd->add_option("--connect", record.connect, "Engine address HOST:PORT")->required();
+    record_cmd->add_option("--connect", record.connect, "Engine address HOST:PORT")
+        ->required()
+        ->check(validator(checkHostPort, "HOST:PORT"));
     record_cmd->add_option("--out", record.out, "Log directory")->required();
-    record_cmd->add_option("--ids", record.ids, "Object ids to log (comma-separated)")->delimiter(',');
+    record_cmd->add_option("--ids", record.ids, "Object ids to log (comma-separated)")
+        ->delimiter(',')
+        ->check(logged_id);
     CLI::Option* record_frames =
-        record_cmd->add_option("--frames", record.frames, "Stop after this many frames");
+        record_cmd->add_option("--frames", record.frames, "Stop after this many frames")
+            ->check(frame_count);
     CLI::Option* record_seconds =
         record_cmd->add_option("--seconds", record.seconds, "Stop after this many seconds");
     record_frames->excludes(record_seconds);
@@ -120,10 +236,23 @@ int main(int argc, char** argv) {
     ConvertOptions compress;
     CLI::App* compress_cmd =
         app.add_subcommand("compress", "Raw record file to a zlib record stream file");
-    compress_cmd->add_option("IN", compress.in, "Raw record file")->required()->check(not_a_directory);
+    compress_cmd->add_option("IN", compress.in, "Raw record file, or with --profile a recording")
+        ->required();
     compress_cmd->add_option("OUT", compress.out, "Compressed file to write")
         ->required()
         ->check(not_a_directory);
+    compress_cmd->add_option("--profile", compress.profile,
+                             "Write a compressed container of the recording's frames instead")
+        ->check(CLI::IsMember(tq::eod::io::CompressionProfileRegistry::profileNames()));
+    // Without a profile the input is one raw record file; a directory is a whole recording,
+    // which only the container takes.
+    compress_cmd->callback([&compress] {
+        std::error_code ec;
+        if (compress.profile.empty() && std::filesystem::is_directory(compress.in, ec)) {
+            throw CLI::ValidationError(
+                "IN", compress.in + ": is a directory, give a file (or --profile for a recording)");
+        }
+    });
 
     ConvertOptions decompress;
     CLI::App* decompress_cmd =
@@ -152,17 +281,12 @@ int main(int argc, char** argv) {
     filter_cmd->add_option("IN", filter.in, "Log directory or log file (only read)")->required();
     filter_cmd->add_option("OUT", filter.out, "New directory or log file (must not exist)")->required();
     filter_cmd->add_option("--ids", filter.ids, "Keep the logs of these object ids (comma-separated)")
-        ->delimiter(',');
+        ->delimiter(',')
+        ->check(logged_id);
+    filter_cmd->add_option("--frames", filter.frames, "Frame-number range A:B (either end optional)")
+        ->check(frame_range);
     filter_cmd->add_option_function<std::string>(
-        "--frames", [&](const std::string& t) { parseRange("--frames", t, filter.first_frame, filter.last_frame); },
-        "Frame-number range A:B (either end optional)");
-    filter_cmd->add_option_function<std::string>(
-        "--time",
-        [&](const std::string& t) {
-            filter.has_time = true;
-            filter.last_time = 1e300;
-            parseRange("--time", t, filter.first_time, filter.last_time);
-        },
+        "--time", [&](const std::string& t) { parseTimeRange(t, filter); },
         "Seconds from the first timing record T0:T1 (either end optional)");
     filter_cmd->add_option("--every", filter.every, "Keep every N-th of the chosen frames")
         ->check(CLI::PositiveNumber);
@@ -184,26 +308,32 @@ int main(int argc, char** argv) {
                           "Which input wins a conflict (same record type and frame, different bytes)")
         ->check(CLI::IsMember({"first", "last"}));
 
+    CLI::App* ids_cmd = app.add_subcommand("ids", "List the object ids that have a log name");
+
+    const std::string unknown = unknownSubcommand(app, argc, argv);
+    if (!unknown.empty()) return usageError(unknown);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
-    } catch (const CLI::CallForAllHelp& e) {
-        return app.exit(e);
     } catch (const CLI::ParseError& e) {
-        app.exit(e);
-        return kUsageError;
+        // Help and version are requests, not errors.
+        if (e.get_exit_code() == 0) return app.exit(e);
+        return usageError(e.what());
     }
 
     try {
-        registerToolLogNames();
-        if (*demo_cmd) return runDemo(demo);
+        if (*ids_cmd) return runIds();
+        if (*demo_cmd) return demo.images ? runDemoImages(demo) : runDemo(demo);
         if (*info_cmd) return runInfo(info);
         if (*cat_cmd) return runCat(cat);
         if (*serve_cmd) return runServe(serve);
         if (*record_cmd) return runRecord(record);
-        if (*compress_cmd) return runCompress(compress);
-        if (*decompress_cmd) return runDecompress(decompress);
+        if (*compress_cmd) {
+            return compress.profile.empty() ? runCompress(compress) : runCompressContainer(compress);
+        }
+        if (*decompress_cmd) {
+            return isContainerFile(decompress.in) ? runDecompressContainer(decompress)
+                                                  : runDecompress(decompress);
+        }
         if (*upgrade_cmd) return runUpgrade(upgrade);
         if (*recover_cmd) return runRecover(recover);
         if (*filter_cmd) return runFilter(filter);
@@ -218,5 +348,5 @@ int main(int argc, char** argv) {
         std::cerr << "eod: " << e.what() << '\n';
         return kRuntimeFailure;
     }
-    return kUsageError;
+    return usageError("a subcommand is required");
 }

@@ -1,5 +1,6 @@
-// `eod serve (PATH | --synthetic) --port P [--rate HZ] [--loop]`: act as an engine and
-// stream frames over TCP, one encoded frame after another, to every client that connects.
+// `eod serve (PATH | --synthetic) --port P [--host ADDR] [--rate HZ] [--loop] [--frames N]
+// [--ids LIST]`: act as an engine and stream frames over TCP, one encoded frame after another,
+// to every client that connects.
 // Streaming starts when the first client connects, so that client sees every frame;
 // later clients join mid-stream. Sends never wait: each client has a queue of the frames
 // it has yet to take, filled as fast as its connection drains, so a client that does not
@@ -150,33 +151,35 @@ void acceptClients(TcpSocket& listener, Clients& clients, int timeout_ms) {
 }  // namespace
 
 int runServe(const ServeOptions& options) {
-    if (!options.synthetic && options.path.empty()) {
-        throw ToolError("serve: give a recording PATH or --synthetic");
-    }
     std::unique_ptr<FrameSource> source = openSource(options);
+    const std::vector<char> ids(options.ids.begin(), options.ids.end());
 
     TcpSocket listener;
-    const std::string where = "port " + std::to_string(options.port);
+    const std::string where = options.host + " port " + std::to_string(options.port);
+    tq::eod::io::InetAddress address(options.port);
+    if (!address.setHost(options.host)) throw ToolError(options.host + ": unknown host");
     try {
         listener.open();
         listener.setSocketFlag(TcpSocket::FLAG_REUSE_ADDRESS, true);
-        listener.bind(tq::eod::io::InetAddress(options.port));
+        listener.bind(address);
         listener.listen();
     } catch (const tq::eod::EODError& e) {
         throw ToolError(where + ": " + e.what());
     }
-    std::cerr << "eod serve: listening on port " << listener.getLocalAddress().getPort() << '\n';
+    std::cerr << "eod serve: listening on port " << listener.getLocalAddress().getPort() << " ("
+              << options.host << ")\n";
 
     Clients clients;
     while (clients.empty()) acceptClients(listener, clients, 1000);
 
     Pacer pacer(options.rate);
     unsigned long long sent = 0;
-    for (;;) {
-        boost::shared_ptr<EngineOutputData> frame = source->next();
+    const FrameRange every_frame;
+    while (options.frames == 0 || sent < options.frames) {
+        boost::shared_ptr<EngineOutputData> frame = nextSelected(*source, every_frame, ids);
         if (!frame && options.loop && !options.synthetic) {
             source = openSource(options);
-            frame = source->next();
+            frame = nextSelected(*source, every_frame, ids);
         }
         if (!frame) break;
         pumpUntil(clients, pacer.dueTime(*frame), false);

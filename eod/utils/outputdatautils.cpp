@@ -1,13 +1,17 @@
 #include <eod/utils/outputdatautils.h>
 
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <string>
 
 #include <eod/engineoutputdata.h>
+#include <eod/eoderror.h>
 #include <eod/eyeoutputdata.h>
 #include <eod/gazeoutputdata.h>
 #include <eod/headoutputdatav2.h>
+#include <eod/io/engineoutputdatafilereader.h>
+#include <eod/io/outputdataprinter.h>
 #include <eod/utils/geomutils.h>
 #include <eod/utils/geomutilserror.h>
 
@@ -130,6 +134,44 @@ bool isTracking(const EngineOutputData& frame) {
     if (!head || !head->isTracking() || !eyes) return false;
     const boost::shared_ptr<GazeOutputData const> gaze = eyes->gazeOutputData();
     return gaze && (isEyeTracked(*gaze, RIGHT_EYE) || isEyeTracked(*gaze, LEFT_EYE));
+}
+
+namespace {
+
+// Calls `each` with every frame of the recording that `select` keeps.
+template <class Each>
+void forEachSelectedFrame(const std::string& path,
+                          const std::function<bool(EngineOutputData&)>& select, Each each) {
+    io::EngineOutputDataFileReader reader;
+    reader.setTornTailsLast(true);
+    if (std::filesystem::is_directory(path)) {
+        reader.openFiles(path);
+    } else {
+        reader.openFile(path);
+    }
+    while (const boost::shared_ptr<EngineOutputData> frame = reader.readData()) {
+        if (!select || select(*frame)) each(*frame);
+    }
+}
+
+}  // namespace
+
+std::size_t logToText(const std::string& path, std::ostream& os,
+                      const std::function<bool(EngineOutputData&)>& select) {
+    io::OutputDataPrinter printer;
+    try {
+        forEachSelectedFrame(path, select,
+                             [&](const EngineOutputData& f) { printer.addColumnsOf(f); });
+    } catch (const EODError&) {
+        // The second pass meets the same error, after printing every frame before it.
+    }
+    printer.printHeader(os);
+    std::size_t printed = 0;
+    forEachSelectedFrame(path, select, [&](const EngineOutputData& f) {
+        printer.printData(os, f);
+        ++printed;
+    });
+    return printed;
 }
 
 }  // namespace utils

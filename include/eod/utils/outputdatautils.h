@@ -3,7 +3,7 @@
 
 // Questions analysis code asks of a frame's gaze: where the two gazes meet (vergence), the
 // gaze of a virtual eye between the two (cyclops), the better of the two gaze rays, both
-// combined, and whether the frame tracks a face and its eyes.
+// combined, and whether the frame tracks a face and its eyes; and a recording as text.
 //
 // Notation. For eye e (RIGHT_EYE, LEFT_EYE) of a GazeOutputData: c_e its eyeball centre, d_e
 // the unit direction directionFromPitchYaw(gazeRotation(e)) (geomutils.h), q_e its gaze
@@ -11,6 +11,10 @@
 // outside 0..3 count as untracked. A stored value that is not finite (read from bytes)
 // makes its eye untracked too, so that no result is ever NaN.
 
+#include <cstddef>
+#include <functional>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include <eod/engineoutputbase.h>
@@ -85,6 +89,17 @@ bool mergedGazeRay(const GazeOutputData& gaze, GazeRay& ray);
 // tracking and its eye record's gaze has at least one tracked eye. A frame without those
 // records is not tracking.
 bool isTracking(const EngineOutputData& frame);
+
+// Log-to-text conversion: the recording at `path` (a log directory, merged by frame number,
+// a log file or a raw record file) as the table of io::OutputDataPrinter, the one `eod cat`
+// prints. A first pass fixes the columns, a second prints the header and a line per frame,
+// so the recording is read twice. `select`, when given, sees each frame in both passes and
+// may change it (keep some records, upgrade it); a frame for which it returns false is
+// left out. A log cut short by a crash is reported after the other logs' frames. Returns
+// the number of frames printed. Reader errors propagate (EngineOutputDataFileError,
+// SerializableError), after the frames read so far were printed.
+std::size_t logToText(const std::string& path, std::ostream& os,
+                      const std::function<bool(EngineOutputData&)>& select = nullptr);
 
 }  // namespace utils
 }  // namespace eod
