@@ -12,9 +12,13 @@
 #include <eod/serializable.h>
 #include <eod/serializablefactory.h>
 
+#include <stdlib.h>
+#include <unistd.h>
+
 #include <boost/shared_ptr.hpp>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <sstream>
 #include <vector>
 
@@ -46,6 +50,14 @@ bool allowingLibraryErrors(F&& f) {
     } catch (const tq::eod::EODError&) {
         return false;
     }
+}
+
+// A new directory for the files of a whole run, in memory where the system offers it.
+inline std::string makeScratchDirectory() {
+    std::string pattern =
+        (::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/eodfuzzXXXXXX");
+    EOD_FUZZ_EXPECT(::mkdtemp(&pattern[0]) != nullptr);
+    return pattern;
 }
 
 // The ids the registry can build, found by asking it for each of the 256 values.

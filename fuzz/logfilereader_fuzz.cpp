@@ -36,12 +36,7 @@ void removeDirectory() {
 // One directory for the whole run, in memory where the system offers it; removed when the
 // run ends (a crash leaves it with the files of the input that crashed).
 const std::string& directory() {
-    static const std::string dir = [] {
-        std::string pattern =
-            (::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/eodfuzzXXXXXX");
-        EOD_FUZZ_EXPECT(::mkdtemp(&pattern[0]) != nullptr);
-        return pattern;
-    }();
+    static const std::string dir = eodfuzz::makeScratchDirectory();
     static const bool cleanup_registered = std::atexit(removeDirectory) == 0;
     (void)cleanup_registered;
     return dir;

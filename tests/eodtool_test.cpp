@@ -57,28 +57,11 @@ TEST_F(EodTool, DemoRecordsReplaysAndChecksEveryFrame) {
 
 TEST_F(EodTool, ServedSyntheticFramesAreRecordedFrameForFrame) {
     // The server picks a free port and says which on stderr.
-    const fs::path serve_err = _dir / "serve.err";
-    const fs::path serve_pid = _dir / "serve.pid";
-    const std::string serve = std::string(EOD_TOOL_PATH) +
-                              " serve --synthetic --port 0 --frames 200 --rate 2000 >/dev/null 2>" +
-                              serve_err.string() + " </dev/null & echo $! >" + serve_pid.string();
-    ASSERT_EQ(std::system(serve.c_str()), 0);
-    // However the test ends, the server does not outlive it.
-    struct Stop {
-        fs::path pid_file;
-        ~Stop() { std::system(("kill " + eodtest::readText(pid_file) + " 2>/dev/null").c_str()); }
-    } stop{serve_pid};
-    std::smatch port;
-    const std::regex listening("listening on port ([0-9]+)");
-    std::string text;
-    for (int i = 0; i < 100 && !std::regex_search(text, port, listening); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        text = eodtest::readText(serve_err);
-    }
-    ASSERT_TRUE(std::regex_search(text, port, listening)) << text;
+    const std::string port = serveSynthetic("--frames 200 --rate 2000");
+    ASSERT_FALSE(port.empty());
 
-    const Result recorded = run("record --connect 127.0.0.1:" + port[1].str() + " --out " +
-                                path("live") + " --frames 200 --idle 10");
+    const Result recorded = run("record --connect 127.0.0.1:" + port + " --out " + path("live") +
+                                " --frames 200 --idle 10");
     ASSERT_EQ(recorded.status, 0) << recorded.err;
     EXPECT_NE(recorded.out.find("200 frames recorded"), std::string::npos) << recorded.out;
     EXPECT_NE(recorded.out.find("gaps: none"), std::string::npos);

@@ -9,9 +9,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <string>
+#include <thread>
 
 #include "testfiles.h"
 
@@ -34,7 +37,13 @@ protected:
         fs::remove_all(_dir);
         fs::create_directories(_dir);
     }
-    void TearDown() override { fs::remove_all(_dir); }
+    void TearDown() override {
+        // However the test ended, a server it started does not outlive it.
+        if (!_serve_pid.empty()) {
+            std::system(("kill " + readText(_serve_pid) + " 2>/dev/null").c_str());
+        }
+        fs::remove_all(_dir);
+    }
 
     // Runs `eod ARGS` with stdout and stderr captured in files.
     Result run(const std::string& args) {
@@ -61,7 +70,27 @@ protected:
         return found;
     }
 
+    // Starts `eod serve --synthetic --port 0 ARGS` in the background and returns the port it
+    // listens on (empty when it did not say within 5 s). The server is killed at TearDown.
+    std::string serveSynthetic(const std::string& args) {
+        const fs::path err = _dir / "serve.err";
+        _serve_pid = _dir / "serve.pid";
+        const std::string command = std::string(EOD_TOOL_PATH) + " serve --synthetic --port 0 " +
+                                    args + " >/dev/null 2>" + err.string() +
+                                    " </dev/null & echo $! >" + _serve_pid.string();
+        if (std::system(command.c_str()) != 0) return std::string();
+        std::smatch port;
+        const std::regex listening("listening on port ([0-9]+)");
+        std::string text;
+        for (int i = 0; i < 100 && !std::regex_search(text, port, listening); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            text = readText(err);
+        }
+        return std::regex_search(text, port, listening) ? port[1].str() : std::string();
+    }
+
     fs::path _dir;
+    fs::path _serve_pid;
 };
 
 }  // namespace eodtest

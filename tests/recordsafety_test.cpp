@@ -249,7 +249,8 @@ TEST_F(EodTool, RecordWithIdsLogsExactlyThose) {
     FakeEngine engine(sendFrames(0, 10));
     const Result r = run("record --ids 10,94 --connect " + engine.address() + " --out " + path("rec"));
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(fileNames(path("rec")), (std::vector<std::string>{"FaceSet.tql", "Timing.tql"}));
+    EXPECT_EQ(fileNames(path("rec")), (std::vector<std::string>{"FaceSet.itql", "FaceSet.tql",
+                                                                 "Timing.itql", "Timing.tql"}));
 }
 
 // Junk, other records, silence: exit 1 with what arrived, and nothing left behind.

@@ -58,6 +58,23 @@ struct ConvertOptions {
     std::string profile;  // compress: into a compressed container with this profile
 };
 
+struct FilterOptions {
+    std::string in;
+    std::string out;
+    std::vector<int> ids;  // empty: every log
+    std::string frames;    // "A:B", either end may be left out; empty: all
+    bool has_time = false;
+    double first_time = 0;  // seconds from the first timing record
+    double last_time = 0;
+    unsigned int every = 1;
+};
+
+struct MergeOptions {
+    std::vector<std::string> in;
+    std::string out;
+    std::string prefer;  // "first", "last", or empty: a conflict fails the merge
+};
+
 int runDemo(const DemoOptions& options);
 int runInfo(const InfoOptions& options);
 int runCat(const CatOptions& options);
@@ -66,6 +83,9 @@ int runRecord(const RecordOptions& options);
 int runCompress(const ConvertOptions& options);
 int runDecompress(const ConvertOptions& options);
 int runUpgrade(const ConvertOptions& options);
+int runRecover(const ConvertOptions& options);
+int runFilter(const FilterOptions& options);
+int runMerge(const MergeOptions& options);
 int runIds();
 // The compressed container (container.cpp).
 bool isContainerFile(const std::string& path);

@@ -24,6 +24,29 @@ namespace {
 const int kRuntimeFailure = 1;
 const int kUsageError = 2;
 
+// "T0:T1" in seconds with either end optional, 0 <= T0 <= T1, into the filter's time range;
+// a usage error naming --time otherwise.
+void parseTimeRange(const std::string& text, FilterOptions& filter) {
+    const auto seconds = [&](const std::string& part, double& value) {
+        std::size_t used = 0;
+        value = std::stod(part, &used);
+        if (used != part.size() || !(value >= 0) || value > 1e300) throw std::invalid_argument(part);
+    };
+    const std::string::size_type colon = text.find(':');
+    double first = 0, last = 1e300;
+    try {
+        if (colon == std::string::npos) throw std::invalid_argument(text);
+        if (colon > 0) seconds(text.substr(0, colon), first);
+        if (colon + 1 < text.size()) seconds(text.substr(colon + 1), last);
+        if (first > last) throw std::invalid_argument(text);
+    } catch (const std::exception&) {
+        throw CLI::ValidationError("--time", "expected T0:T1 in seconds with 0 <= T0 <= T1, got '" + text + "'");
+    }
+    filter.has_time = true;
+    filter.first_time = first;
+    filter.last_time = last;
+}
+
 // Every usage error of the command ends here: one line naming the argument, exit status 2.
 int usageError(const std::string& message) {
     std::cerr << "eod: " << message << "\nRun with --help for more information.\n";
@@ -246,6 +269,45 @@ int main(int argc, char** argv) {
         ->required();
     upgrade_cmd->add_option("OUT", upgrade.out, "Raw record file to write")->required();
 
+    ConvertOptions recover;
+    CLI::App* recover_cmd = app.add_subcommand(
+        "recover", "Copy every good record of a recording, drop torn tails and corrupt records, index it");
+    recover_cmd->add_option("IN", recover.in, "Log directory or log file to repair (only read)")->required();
+    recover_cmd->add_option("OUT", recover.out, "New directory or log file (must not exist)")->required();
+
+    FilterOptions filter;
+    CLI::App* filter_cmd = app.add_subcommand(
+        "filter", "Copy part of a recording (ids, frame or time range, every n-th frame), indexed");
+    filter_cmd->add_option("IN", filter.in, "Log directory or log file (only read)")->required();
+    filter_cmd->add_option("OUT", filter.out, "New directory or log file (must not exist)")->required();
+    filter_cmd->add_option("--ids", filter.ids, "Keep the logs of these object ids (comma-separated)")
+        ->delimiter(',')
+        ->check(logged_id);
+    filter_cmd->add_option("--frames", filter.frames, "Frame-number range A:B (either end optional)")
+        ->check(frame_range);
+    filter_cmd->add_option_function<std::string>(
+        "--time", [&](const std::string& t) { parseTimeRange(t, filter); },
+        "Seconds from the first timing record T0:T1 (either end optional)");
+    filter_cmd->add_option("--every", filter.every, "Keep every N-th of the chosen frames")
+        ->check(CLI::PositiveNumber);
+
+    MergeOptions merge;
+    CLI::App* merge_cmd = app.add_subcommand(
+        "merge", "Join recordings frame by frame; conflicting records need --prefer");
+    merge_cmd
+        ->add_option_function<std::vector<std::string>>(
+            "IN... OUT",
+            [&](const std::vector<std::string>& paths) {
+                merge.in.assign(paths.begin(), paths.end() - 1);
+                merge.out = paths.back();
+            },
+            "Two or more log directories (or log files), then the new one (must not exist)")
+        ->required()
+        ->expected(3, -1);
+    merge_cmd->add_option("--prefer", merge.prefer,
+                          "Which input wins a conflict (same record type and frame, different bytes)")
+        ->check(CLI::IsMember({"first", "last"}));
+
     CLI::App* ids_cmd = app.add_subcommand("ids", "List the object ids that have a log name");
 
     const std::string unknown = unknownSubcommand(app, argc, argv);
@@ -273,6 +335,9 @@ int main(int argc, char** argv) {
                                                   : runDecompress(decompress);
         }
         if (*upgrade_cmd) return runUpgrade(upgrade);
+        if (*recover_cmd) return runRecover(recover);
+        if (*filter_cmd) return runFilter(filter);
+        if (*merge_cmd) return runMerge(merge);
     } catch (const ToolError& e) {
         std::cerr << "eod: " << e.what() << '\n';
         return kRuntimeFailure;

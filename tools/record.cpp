@@ -20,6 +20,7 @@
 #include <eod/eoderror.h>
 #include <eod/io/engineoutputdatafilewriter.h>
 #include <eod/io/engineoutputdatatcpclient.h>
+#include <eod/io/index/logindex.h>
 #include <eod/io/inetaddress.h>
 
 #include "commands.h"
@@ -105,13 +106,17 @@ void removeOldLogs(const RecordOptions& options) {
         std::error_code ec;
         fs::remove(log, ec);
         if (ec) throw ToolError(log.string() + ": cannot remove: " + ec.message());
+        fs::remove(tq::eod::io::logIndexPath(log.string()), ec);
     }
 }
 
 // Takes back what a session that recorded nothing created.
 void removeCreated(const SessionLogs& logs, const RecordOptions& options, bool created_dir) {
     std::error_code ec;
-    for (const std::string& file : logs.files()) fs::remove(file, ec);
+    for (const std::string& file : logs.files()) {
+        fs::remove(file, ec);
+        fs::remove(tq::eod::io::logIndexPath(file), ec);
+    }
     if (created_dir) fs::remove(options.out, ec);
 }
 

@@ -26,10 +26,12 @@ void SessionLogs::write(const tq::eod::EngineOutputData& frame, bool open_new) {
         }
     }
     for (auto& entry : _writers) entry.second->writeData(frame);
+    _indexes.writeData(frame);
 }
 
 void SessionLogs::flush() {
     for (auto& entry : _writers) entry.second->flush();
+    _indexes.flush();
     if (!_fsync) return;
     for (const std::string& file : _files) syncToDisk(file);
     // A new file's name lives in the directory: without this a power cut may lose the
@@ -41,6 +43,7 @@ void SessionLogs::flush() {
 void SessionLogs::close() {
     for (auto& entry : _writers) entry.second->closeFiles();
     _writers.clear();
+    _indexes.closeFiles();
 }
 
 void SessionLogs::openLog(char id) {
@@ -50,6 +53,7 @@ void SessionLogs::openLog(char id) {
     const std::filesystem::path name(EngineOutputDataFileWriter::objectIDToFileName(id) +
                                      tq::eod::EngineOutputData::LOGFILE_EXTENSION());
     _files.push_back((std::filesystem::path(_directory) / name).string());
+    _indexes.newFile(id, _files.back());
     _new_files = true;
 }
 

@@ -4,7 +4,8 @@
 // The log files of one recording session in one directory. A log is opened when the first
 // frame that holds its record type is written (or up front for a fixed list of ids), so a
 // record type that appears late in a session is logged like any other. flush() hands every
-// buffered byte to the operating system and, with fsync, to the disk.
+// buffered byte to the operating system and, with fsync, to the disk. Each log gets its
+// index file (X.itql) beside it, flushed and closed after the log.
 
 #include <map>
 #include <memory>
@@ -13,6 +14,7 @@
 
 #include <eod/engineoutputdata.h>
 #include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/index/recordingindexwriter.h>
 
 namespace eodtool {
 
@@ -40,6 +42,7 @@ private:
     // One writer per log: the library's writer opens its files all at once, and a session
     // adds logs as record types appear.
     std::map<char, std::unique_ptr<tq::eod::io::EngineOutputDataFileWriter>> _writers;
+    tq::eod::io::RecordingIndexWriter _indexes;
     std::vector<std::string> _files;
     bool _new_files = false;
 };

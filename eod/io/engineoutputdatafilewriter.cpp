@@ -1,10 +1,8 @@
 #include <eod/io/engineoutputdatafilewriter.h>
 
-#include <eod/facesetoutputdata.h>
-#include <eod/serializablecomposite.h>
-
 #include <cassert>
 
+#include "eod/io/loggedsubobjects.h"
 #include "eod/io/pathconversion.h"
 #include "eod/usageerror.h"
 
@@ -102,20 +100,11 @@ void EngineOutputDataFileWriter::writeData(const EngineOutputData& data) {
         serializeObject(data, *_streams.at(0));
         return;
     }
-    // Looked up once per frame, when the first logged id is not at the top level.
-    boost::shared_ptr<const SerializableComposite> face_set;
-    bool face_set_looked_up = false;
+    detail::LoggedSubObjects subs(data);
     for (const auto& entry : _streams) {
-        boost::shared_ptr<const Serializable> sub = data.subObject(entry.first);
-        if (!sub) {
-            if (!face_set_looked_up) {
-                face_set = boost::dynamic_pointer_cast<const SerializableComposite>(
-                    data.subObject(FaceSetOutputData::THIS_OBJECT_ID));
-                face_set_looked_up = true;
-            }
-            if (face_set) sub = face_set->subObject(entry.first);
+        if (const Serializable* sub = subs.find(entry.first)) {
+            writeSubObject(data.frameNum(), *sub, *entry.second);
         }
-        if (sub) writeSubObject(data.frameNum(), *sub, *entry.second);
     }
 }
 

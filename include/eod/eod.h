@@ -79,6 +79,13 @@
 #include <eod/io/engineoutputdatafileerror.h>
 #include <eod/io/engineoutputdatafilereader.h>
 #include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/index/framerangereader.h>
+#include <eod/io/index/logindex.h>
+#include <eod/io/index/logindexentry.h>
+#include <eod/io/index/logindexwriter.h>
+#include <eod/io/index/logrecovery.h>
+#include <eod/io/index/logscan.h>
+#include <eod/io/index/recordingindexwriter.h>
 #include <eod/io/serializablecompressordecoder.h>
 #include <eod/io/serializablecompressorencoder.h>
 #include <eod/io/zlibcodec.h>
