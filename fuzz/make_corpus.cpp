@@ -7,6 +7,9 @@
 // and commit the result when a record's encoding changes or a record class is added.
 
 #include <eod/eod.h>
+#include <eod/io/compress/compressingfilewriter.h>
+#include <eod/io/compress/compressionprofileregistry.h>
+#include <eod/io/compress/serializablecompressorfactory.h>
 #include <fcntl.h>
 #include <pty.h>
 #include <sys/stat.h>
@@ -14,6 +17,8 @@
 #include <zlib.h>
 
 #include <boost/make_shared.hpp>
+#include <algorithm>
+#include <iterator>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -364,6 +369,39 @@ void writeLogSeeds(const std::string& dir) {
     writeSeed(dir, "timing-cut-short", pack(0, 0, {prefix(files[0], files[0].size() - 3)}));
 }
 
+// Each codec's own stream of a typical frame (with its small image) and of an image alone,
+// for the codec decoder targets: a first byte choosing the chunking, then the bytes.
+void writeCodecSeeds(const std::string& root) {
+    for (const std::string codec : {"zstd", "lz4", "lossless-image", "vp8"}) {
+        std::string target = codec;
+        target.erase(std::remove(target.begin(), target.end(), '-'), target.end());
+        const auto encoder = io::SerializableCompressorEncoderFactory::create(io::CodecSettings(codec));
+        Bytes compressed;
+        encoder->encode(typicalFrame(1000), 0, compressed);
+        encoder->encode(*smallImage("eye"), 1, compressed);
+        encoder->flush(compressed);
+        writeSeed(root + "/" + target + "decoder_fuzz", "encoded", concat({{0}, compressed}));
+    }
+}
+
+// A small container of each built-in profile, as the container reader target reads it.
+void writeContainerSeeds(const std::string& dir) {
+    char path[] = "/tmp/eodcontainerXXXXXX";
+    const int fd = ::mkstemp(path);
+    ::close(fd);
+    for (const std::string& profile : io::CompressionProfileRegistry::profileNames()) {
+        {
+            io::CompressingFileWriter writer;
+            writer.open(std::string(path), io::CompressionProfileRegistry::profile(profile));
+            for (unsigned int n = 0; n < 3; ++n) writer.writeFrame(typicalFrame(n));
+            writer.close();
+        }
+        std::ifstream in(path, std::ios::binary);
+        writeSeed(dir, profile, Bytes(std::istreambuf_iterator<char>(in), {}));
+    }
+    ::unlink(path);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -380,5 +418,7 @@ int main(int argc, char** argv) {
     writeZlibSeeds(root + "/zlibdecoder_fuzz");
     writeLogSeeds(root + "/logfilereader_fuzz");
     writeRecordSeeds(root + "/upgrade_fuzz");
+    writeCodecSeeds(root);
+    writeContainerSeeds(root + "/container_fuzz");
     return 0;
 }
