@@ -49,6 +49,17 @@ TEST_F(EodTool, RecordingThroughAContainerComesBackFrameForFrame) {
         EXPECT_EQ(n, 45u);
         EXPECT_EQ(leftoverPartials(), 0);
     }
+    // cat and info read the container itself: the same table as the recording it holds.
+    ASSERT_EQ(run("compress --profile lossless " + path("demo") + " " + path("exact.eodc")).status,
+              0);
+    const Result from_logs = run("cat --frames 10:19 " + path("demo"));
+    const Result from_container = run("cat --frames 10:19 " + path("exact.eodc"));
+    ASSERT_EQ(from_logs.status, 0) << from_logs.err;
+    EXPECT_EQ(from_container.status, 0) << from_container.err;
+    EXPECT_EQ(from_container.out, from_logs.out);
+    const Result info = run("info " + path("exact.eodc"));
+    EXPECT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("duration:"), std::string::npos) << info.out;
 }
 
 TEST_F(EodTool, ContainerFailuresLeaveNoOutput) {

@@ -30,10 +30,13 @@ int runCat(const CatOptions& options) {
     }
     requireRecordingPath(options.path);
     try {
-        tq::eod::utils::logToText(options.path, std::cout, [&](tq::eod::EngineOutputData& frame) {
-            if (options.upgrade) tq::eod::upgrade(frame);
-            return isSelected(frame, range, ids);
-        });
+        tq::eod::utils::logToText(
+            options.path, std::cout,
+            [&](tq::eod::EngineOutputData& frame) {
+                if (options.upgrade) tq::eod::upgrade(frame);
+                return isSelected(frame, range, ids);
+            },
+            range.first, range.last);
     } catch (const tq::eod::EODError& e) {
         throw readError(options.path, e);
     }

@@ -88,7 +88,6 @@ int runFilter(const FilterOptions& options);
 int runMerge(const MergeOptions& options);
 int runIds();
 // The compressed container (container.cpp).
-bool isContainerFile(const std::string& path);
 int runCompressContainer(const ConvertOptions& options);
 int runDecompressContainer(const ConvertOptions& options);
 int runDemoImages(const DemoOptions& options);

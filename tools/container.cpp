@@ -52,16 +52,6 @@ std::vector<unsigned char> withoutPixels(const EngineOutputData& frame) {
 
 }  // namespace
 
-bool isContainerFile(const std::string& path) {
-    // A container starts with its header item: a record of id 95 whose payload begins "HEODC".
-    std::ifstream in(path, std::ios::binary);
-    unsigned char head[12] = {};
-    in.read(reinterpret_cast<char*>(head), sizeof head);
-    return in.gcount() == sizeof head &&
-           static_cast<char>(head[0]) == tq::eod::CompressedSerializable::THIS_OBJECT_ID &&
-           std::string(reinterpret_cast<const char*>(head + 7), 5) == "HEODC";
-}
-
 int runCompressContainer(const ConvertOptions& options) {
     const std::unique_ptr<FrameSource> source = openRecording(options.in);
     TemporaryOutput out(options.out);

@@ -5,7 +5,7 @@
 
 #include <eod/eoderror.h>
 #include <eod/io/engineoutputdatafileerror.h>
-#include <eod/io/engineoutputdatafilereader.h>
+#include <eod/io/recordingreader.h>
 #include <eod/upgrade.h>
 #include <eod/utils/frameselection.h>
 
@@ -33,15 +33,7 @@ public:
     RecordingSource(const std::string& path, bool upgrade) : _path(path), _upgrade(upgrade) {
         requireRecordingPath(path);
         try {
-            // A log cut short by a crash is reported after every other log has given all
-            // its frames, so no readable frame is held back by another file's torn tail.
-            _reader.setTornTailsLast(true);
-            std::error_code ec;
-            if (std::filesystem::is_directory(path, ec)) {
-                _reader.openFiles(path);
-            } else {
-                _reader.openFile(path);
-            }
+            _reader.open(path);
         } catch (const tq::eod::EODError& e) {
             throw readError(path, e);
         }
@@ -60,7 +52,7 @@ public:
 private:
     std::string _path;
     bool _upgrade;
-    tq::eod::io::EngineOutputDataFileReader _reader;
+    tq::eod::io::RecordingReader _reader;
 };
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/recordingreader.h>
 #include <eod/timingoutputdata.h>
 
 #include "commands.h"
@@ -76,9 +77,11 @@ struct Summary {
 
 // Reads the frames of a file in order for the summary: their experiment times and, when
 // `types` is given, the frames that lack a top-level record type that others have (with
-// `upgrade`, as each frame reads in the current layout). A damaged tail ends the reading;
-// the ledger reports it.
-void readFrames(const std::string& path, Summary& summary, bool types, bool upgrade) {
+// `upgrade`, as each frame reads in the current layout). With `frames`, their numbers go to
+// that ledger too (no byte offsets: a container's frames have none of their own). A damaged
+// tail ends the reading; the byte scan's ledger reports it.
+void readFrames(const std::string& path, Summary& summary, bool types, bool upgrade,
+                FrameLedger* frames = nullptr) {
     // Frames by the ids they hold (in the frame's ascending order): how many, and the first.
     struct Kind {
         std::uint64_t count = 0;
@@ -89,6 +92,7 @@ void readFrames(const std::string& path, Summary& summary, bool types, bool upgr
     try {
         std::unique_ptr<FrameSource> source = openRecording(path, upgrade);
         while (const auto frame = source->next()) {
+            if (frames) frames->addFrame(frame->frameNum(), 0);
             if (const auto timing = frame->typedSubObject<tq::eod::TimingOutputData>(
                     tq::eod::TimingOutputData::THIS_OBJECT_ID)) {
                 summary.addTime(timing->experimentTime());
@@ -149,6 +153,19 @@ int runInfo(const InfoOptions& options) {
         if (progress) std::cerr << "reading " << options.path << " twice..." << std::flush;
         const FileScan scan = scanRecordFile(options.path);
         Summary summary;
+        if (tq::eod::io::RecordingReader::isContainer(options.path)) {
+            // The records of a container are compressed groups of frames: the frames
+            // themselves are counted as the container's reader gives them back.
+            FrameLedger frames;
+            readFrames(options.path, summary, true, options.upgrade, &frames);
+            if (progress) std::cerr << "\r\x1b[K" << std::flush;
+            std::cout << options.path << ": compressed container, " << scan.size << " bytes, "
+                      << scan.records << " records\n";
+            printSummary(std::cout, frames, summary);
+            std::cout << "ledger:\n";
+            frames.print(std::cout, "  ");
+            return 0;
+        }
         if (scan.known_records > 0) readFrames(options.path, summary, true, options.upgrade);
         if (progress) std::cerr << "\r\x1b[K" << std::flush;
         requireRecords(scan);

@@ -10,6 +10,7 @@
 
 #include <eod/eoderror.h>
 #include <eod/io/compress/compressionprofileregistry.h>
+#include <eod/io/recordingreader.h>
 #include <eod/version.h>
 
 #include "commands.h"
@@ -331,8 +332,9 @@ int main(int argc, char** argv) {
             return compress.profile.empty() ? runCompress(compress) : runCompressContainer(compress);
         }
         if (*decompress_cmd) {
-            return isContainerFile(decompress.in) ? runDecompressContainer(decompress)
-                                                  : runDecompress(decompress);
+            return tq::eod::io::RecordingReader::isContainer(decompress.in)
+                       ? runDecompressContainer(decompress)
+                       : runDecompress(decompress);
         }
         if (*upgrade_cmd) return runUpgrade(upgrade);
         if (*recover_cmd) return runRecover(recover);

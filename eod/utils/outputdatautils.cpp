@@ -1,7 +1,6 @@
 #include <eod/utils/outputdatautils.h>
 
 #include <cmath>
-#include <filesystem>
 #include <limits>
 #include <string>
 
@@ -10,7 +9,7 @@
 #include <eod/eyeoutputdata.h>
 #include <eod/gazeoutputdata.h>
 #include <eod/headoutputdatav2.h>
-#include <eod/io/engineoutputdatafilereader.h>
+#include <eod/io/recordingreader.h>
 #include <eod/io/outputdataprinter.h>
 #include <eod/utils/geomutils.h>
 #include <eod/utils/geomutilserror.h>
@@ -140,15 +139,12 @@ namespace {
 
 // Calls `each` with every frame of the recording that `select` keeps.
 template <class Each>
-void forEachSelectedFrame(const std::string& path,
+void forEachSelectedFrame(const std::string& path, unsigned int first_frame,
+                          unsigned int last_frame,
                           const std::function<bool(EngineOutputData&)>& select, Each each) {
-    io::EngineOutputDataFileReader reader;
-    reader.setTornTailsLast(true);
-    if (std::filesystem::is_directory(path)) {
-        reader.openFiles(path);
-    } else {
-        reader.openFile(path);
-    }
+    io::RecordingReader reader;
+    reader.setRange(first_frame, last_frame);
+    reader.open(path);
     while (const boost::shared_ptr<EngineOutputData> frame = reader.readData()) {
         if (!select || select(*frame)) each(*frame);
     }
@@ -157,17 +153,18 @@ void forEachSelectedFrame(const std::string& path,
 }  // namespace
 
 std::size_t logToText(const std::string& path, std::ostream& os,
-                      const std::function<bool(EngineOutputData&)>& select) {
+                      const std::function<bool(EngineOutputData&)>& select,
+                      unsigned int first_frame, unsigned int last_frame) {
     io::OutputDataPrinter printer;
     try {
-        forEachSelectedFrame(path, select,
+        forEachSelectedFrame(path, first_frame, last_frame, select,
                              [&](const EngineOutputData& f) { printer.addColumnsOf(f); });
     } catch (const EODError&) {
         // The second pass meets the same error, after printing every frame before it.
     }
     printer.printHeader(os);
     std::size_t printed = 0;
-    forEachSelectedFrame(path, select, [&](const EngineOutputData& f) {
+    forEachSelectedFrame(path, first_frame, last_frame, select, [&](const EngineOutputData& f) {
         printer.printData(os, f);
         ++printed;
     });

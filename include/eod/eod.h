@@ -68,6 +68,7 @@
 #include <eod/io/inetaddress.h>
 #include <eod/io/inetaddressexception.h>
 #include <eod/io/netinitialiser.h>
+#include <eod/io/recordingreader.h>
 #include <eod/io/serialport.h>
 #include <eod/io/serialporterror.h>
 #include <eod/io/socketerror.h>

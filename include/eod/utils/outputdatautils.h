@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -90,16 +91,19 @@ bool mergedGazeRay(const GazeOutputData& gaze, GazeRay& ray);
 // records is not tracking.
 bool isTracking(const EngineOutputData& frame);
 
-// Log-to-text conversion: the recording at `path` (a log directory, merged by frame number,
-// a log file or a raw record file) as the table of io::OutputDataPrinter, the one `eod cat`
-// prints. A first pass fixes the columns, a second prints the header and a line per frame,
-// so the recording is read twice. `select`, when given, sees each frame in both passes and
-// may change it (keep some records, upgrade it); a frame for which it returns false is
-// left out. A log cut short by a crash is reported after the other logs' frames. Returns
-// the number of frames printed. Reader errors propagate (EngineOutputDataFileError,
-// SerializableError), after the frames read so far were printed.
+// Log-to-text conversion: the recording at `path` (anything io::RecordingReader opens: a log
+// directory, a log file, a raw record file or a compressed container) as the table of
+// io::OutputDataPrinter, the one `eod cat` prints. Only frames numbered first_frame to
+// last_frame are read (through the index files where there are some). A first pass fixes
+// the columns, a second prints the header and a line per frame, so the range is read twice.
+// `select`, when given, sees each frame in both passes and may change it (keep some records,
+// upgrade it); a frame for which it returns false is left out. Returns the number of frames
+// printed. Reader errors propagate (EngineOutputDataFileError, SerializableError,
+// CompressionError), after the frames read so far were printed.
 std::size_t logToText(const std::string& path, std::ostream& os,
-                      const std::function<bool(EngineOutputData&)>& select = nullptr);
+                      const std::function<bool(EngineOutputData&)>& select = nullptr,
+                      unsigned int first_frame = 0,
+                      unsigned int last_frame = std::numeric_limits<unsigned int>::max());
 
 }  // namespace utils
 }  // namespace eod
