@@ -21,6 +21,7 @@ from ._eod import (  # noqa: F401  (the package's public names)
     Error,
     EyeClosureOutputData,
     EyeOutputData,
+    FaceSetOutputData,
     Frame,
     GazeOutputData,
     GeomUtilsError,
@@ -36,6 +37,8 @@ from ._eod import (  # noqa: F401  (the package's public names)
 )
 
 _UINT32_MAX = 2**32 - 1
+# A zlib stream has no mark of its own: it is read only when asked for by name.
+_FORMATS = ("logs", "raw", "zlib", "container")
 
 
 class Recording:
@@ -43,12 +46,15 @@ class Recording:
 
     def __init__(self, path, format=None):
         path = os.fspath(path)
-        if format is None:
-            format = "logs" if os.path.isdir(path) else "raw"
-        if format not in ("logs", "raw", "zlib"):
-            raise ValueError("format must be 'logs', 'raw' or 'zlib', not %r" % (format,))
         if not os.path.exists(path):
             raise FileNotFoundError(path)
+        if format is None:
+            if os.path.isdir(path):
+                format = "logs"
+            else:
+                format = "container" if _eod.FrameReader.isContainer(path) else "raw"
+        if format not in _FORMATS:
+            raise ValueError("format must be one of %s, not %r" % (", ".join(_FORMATS), format))
         self.path = path
         self.format = format
 
@@ -88,8 +94,8 @@ class Recording:
 
 
 def open(path, format=None):
-    """Opens a log directory, a log file, a raw record file or (format="zlib") a zlib
-    record stream."""
+    """Opens a log directory, a log file, a raw record file, a compressed container or
+    (format="zlib") a zlib record stream."""
     return Recording(path, format)
 
 

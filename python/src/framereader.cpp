@@ -2,6 +2,7 @@
 
 #include <boost/pointer_cast.hpp>
 
+#include <eod/io/compress/compressionerror.h>
 #include <eod/serializable.h>
 #include <eod/serializableerror.h>
 
@@ -15,7 +16,24 @@ namespace {
 const std::size_t kChunk = 256u << 10;
 }  // namespace
 
+bool FrameReader::isContainer(const std::string& path) {
+    // The container reader checks the header item before anything else, so a file that
+    // opens is a container whatever its later items hold.
+    tq::eod::io::DecompressingFileReader probe;
+    try {
+        probe.open(path);
+        return true;
+    } catch (const tq::eod::io::CompressionError&) {
+        return false;
+    }
+}
+
 FrameReader::FrameReader(const std::string& path, const std::string& format) : _path(path) {
+    if (format == "container") {
+        _container.reset(new tq::eod::io::DecompressingFileReader());
+        _container->open(path);
+        return;
+    }
     if (format == "zlib") {
         _zlib = true;
         _in.open(path, std::ios_base::in | std::ios_base::binary);
@@ -35,6 +53,7 @@ FrameReader::FrameReader(const std::string& path, const std::string& format) : _
 }
 
 boost::shared_ptr<EngineOutputData> FrameReader::next() {
+    if (_container) return _container->readFrame();
     return _zlib ? nextFromStream() : _logs.readData();
 }
 

@@ -2,8 +2,8 @@
 #define EOD_PYTHON_FRAMEREADER_H
 
 // The frames of a recording one after another, whatever its format: a log directory (merged
-// by frame number), a single log file or raw record file of frames, or a zlib record stream.
-// Holds one frame at a time.
+// by frame number), a single log file or raw record file of frames, a zlib record stream or a
+// compressed container. Holds one frame at a time.
 
 #include <cstdint>
 #include <fstream>
@@ -14,6 +14,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <eod/engineoutputdata.h>
+#include <eod/io/compress/decompressingfilereader.h>
 #include <eod/io/engineoutputdatafilereader.h>
 #include <eod/io/zlibdecoder.h>
 
@@ -21,7 +22,8 @@ namespace eodpy {
 
 class FrameReader {
 public:
-    // format: "logs" (a directory), "raw" (a log file or raw record file) or "zlib". The
+    // format: "logs" (a directory), "raw" (a log file or raw record file), "zlib" or
+    // "container". The
     // readers' errors propagate; a file that cannot be opened is a SerializableError naming it.
     FrameReader(const std::string& path, const std::string& format);
 
@@ -30,11 +32,15 @@ public:
     // SerializableError naming the byte range of the input where it was found.
     boost::shared_ptr<tq::eod::EngineOutputData> next();
 
+    // Whether the file starts with a compressed container's header.
+    static bool isContainer(const std::string& path);
+
 private:
     boost::shared_ptr<tq::eod::EngineOutputData> nextFromStream();
 
     std::string _path;
     tq::eod::io::EngineOutputDataFileReader _logs;
+    std::unique_ptr<tq::eod::io::DecompressingFileReader> _container;
     bool _zlib = false;
     std::ifstream _in;
     std::unique_ptr<tq::eod::io::ZLibDecoder> _decoder;

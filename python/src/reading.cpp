@@ -61,7 +61,8 @@ void bindReading(py::module_& m) {
     py::class_<FrameReader>(m, "FrameReader")
         .def(py::init<const std::string&, const std::string&>(), py::arg("path"),
              py::arg("format"), py::call_guard<py::gil_scoped_release>())
-        .def("next", &FrameReader::next, py::call_guard<py::gil_scoped_release>());
+        .def("next", &FrameReader::next, py::call_guard<py::gil_scoped_release>())
+        .def_static("isContainer", &FrameReader::isContainer);
 
     m.def("frame_table", &frameTable, py::arg("path"), py::arg("format"), py::arg("first"),
           py::arg("last"), py::arg("record"));

@@ -10,6 +10,7 @@
 #include <eod/engineoutputdata.h>
 #include <eod/eyeclosureoutputdata.h>
 #include <eod/eyeoutputdata.h>
+#include <eod/facesetoutputdata.h>
 #include <eod/gazeoutputdata.h>
 #include <eod/headoutputdatav2.h>
 #include <eod/imagecollectionoutputdata.h>
@@ -93,10 +94,18 @@ void bindRecords(py::module_& m) {
         .def_property_readonly("imagesOutputData",
                                py::overload_cast<>(&EngineOutputData::imagesOutputData))
         .def_property_readonly("numFaces", &EngineOutputData::numFaces)
+        .def("face", py::overload_cast<unsigned char>(&EngineOutputData::face))
         .def("addTimingOutputDataIfMissing", &addTimingOutputDataIfMissing)
         .def("addHeadOutputDataIfMissing", &addHeadOutputDataIfMissing)
         .def("addEyeOutputDataIfMissing", &addEyeOutputDataIfMissing)
         .def("addImageCollectionOutputDataIfMissing", &addImageCollectionOutputDataIfMissing);
+
+    py::class_<FaceSetOutputData, EngineOutputBase, Ptr<FaceSetOutputData>>(m, "FaceSetOutputData")
+        .def(py::init<>())
+        .def_property_readonly("headOutputData",
+                               py::overload_cast<>(&FaceSetOutputData::headOutputData))
+        .def_property_readonly("eyeOutputData",
+                               py::overload_cast<>(&FaceSetOutputData::eyeOutputData));
 
     py::class_<TimingOutputData, EngineOutputBase, Ptr<TimingOutputData>>(m, "TimingOutputData")
         .def(py::init<>())

@@ -14,7 +14,7 @@ def run_eod(*args, **kwargs):
 @pytest.fixture(scope="session")
 def recording(tmp_path_factory):
     """A synthetic session in every format the package reads: log directory, one log
-    file, raw record file and zlib stream."""
+    file, raw record file, zlib stream and compressed container."""
     base = tmp_path_factory.mktemp("rec")
     logs = base / "logs"
     run_eod("demo", "--frames", 40, "--out", logs)
@@ -22,4 +22,7 @@ def recording(tmp_path_factory):
     run_eod("upgrade", logs, raw)
     zlib = base / "session.z"
     run_eod("compress", raw, zlib)
-    return {"logs": logs, "raw": raw, "zlib": zlib, "log_file": logs / "Timing.tql"}
+    container = base / "session.eodc"
+    run_eod("compress", "--profile", "compact", logs, container)
+    return {"logs": logs, "raw": raw, "zlib": zlib, "log_file": logs / "Timing.tql",
+            "container": container}

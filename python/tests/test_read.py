@@ -21,6 +21,7 @@ def test_every_format_gives_the_same_frames(recording):
     assert frame_nums(eod.open(recording["raw"])) == expected
     assert frame_nums(eod.open(recording["zlib"], format="zlib")) == expected
     assert frame_nums(eod.open(recording["log_file"])) == expected
+    assert frame_nums(eod.open(recording["container"])) == expected
     first = next(iter(eod.open(recording["zlib"], format="zlib")))
     assert isinstance(first, eod.Frame)
     assert first.timingOutputData.experimentTime == next(iter(logs)).timingOutputData.experimentTime
@@ -35,9 +36,10 @@ def test_frames_slice_by_frame_number(recording):
     assert list(table["FRAME_NUM"]) == nums[5:10]
 
 
-@pytest.mark.parametrize("kind", ["logs", "raw"])
+# eod cat reads no container: its table is compared with that of the logs it was made from.
+@pytest.mark.parametrize("kind", ["logs", "raw", "container"])
 def test_dataframe_matches_eod_cat_column_by_column(recording, kind):
-    text = run_eod("cat", recording[kind]).stdout.decode()
+    text = run_eod("cat", recording["logs" if kind == "container" else kind]).stdout.decode()
     expected = pandas.read_csv(io.StringIO(text), sep="\t")
     table = eod.open(recording[kind]).to_pandas()
     assert list(table.columns) == text.splitlines()[0].split("\t")
@@ -80,3 +82,13 @@ def test_damaged_input_raises_library_errors(tmp_path, recording):
         eod.open(tmp_path / "missing")
     with pytest.raises(ValueError, match="format"):
         eod.open(garbage, format="csv")
+
+
+def test_container_images_as_arrays(tmp_path):
+    run_eod("demo", "--images", "--frames", 3, "--out", tmp_path / "demo")
+    frame = next(iter(eod.open(tmp_path / "demo" / "demo.eodc")))
+    images = frame.imagesOutputData
+    assert images.numImages > 0
+    image = images.image(0)
+    assert image.array.shape == (image.height, image.bytesPerLine)
+    assert image.array.dtype == np.uint8
