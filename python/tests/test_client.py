@@ -33,3 +33,29 @@ def test_client_without_a_server_is_a_socket_error():
         pass
     else:
         raise AssertionError("connect to a closed port succeeded")
+
+
+def test_other_threads_run_while_the_client_waits():
+    import socket
+    import threading
+    import time
+
+    with socket.socket() as server:
+        server.bind(("127.0.0.1", 0))
+        server.listen(1)
+        client = eod.Client("127.0.0.1", server.getsockname()[1])
+        conn, _ = server.accept()  # connected, but the engine never sends
+        with conn, client:
+            result = []
+            waiter = threading.Thread(target=lambda: result.append(client.receive(timeout=0.5)))
+            start = time.monotonic()
+            waiter.start()
+            ticks = 0
+            while waiter.is_alive():
+                ticks += 1
+                time.sleep(0.001)
+            waiter.join()
+            # The wait gave up the GIL: this thread kept running all along.
+            assert result == [None]
+            assert time.monotonic() - start >= 0.4
+            assert ticks > 50
