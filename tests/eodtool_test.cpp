@@ -102,6 +102,15 @@ TEST_F(EodTool, CatPrintsTheHeaderThenOneTabSeparatedLinePerFrame) {
     std::getline(lines, line);
     while (std::getline(lines, line)) frames.push_back(line.substr(0, line.find('\t')));
     EXPECT_EQ(frames, (std::vector<std::string>{"2", "3", "4"}));
+
+    // --time counts seconds from the first timing record (frames at 60 Hz), --frames A:B
+    // frame numbers; both, with ids, pick the same frames however the table is printed.
+    const Result timed = run("cat " + path("demo") + " --ids 10 --time 0.03:0.07");
+    ASSERT_EQ(timed.status, 0) << timed.err;
+    EXPECT_EQ(timed.out, r.out);
+    const Result bad = run("cat " + path("demo") + " --time 5:1");
+    EXPECT_EQ(bad.status, 2);
+    EXPECT_NE(bad.err.find("--time"), std::string::npos) << bad.err;
 }
 
 TEST_F(EodTool, CatOfATornRecordingPrintsEveryGoodFrameThenFails) {

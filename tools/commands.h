@@ -25,6 +25,7 @@ struct CatOptions {
     std::string path;
     std::vector<int> ids;  // empty: every id; else kept at the top and inside face sets
     std::string frames;    // "A:B", either end may be left out; empty: all
+    std::string time;      // "T0:T1" seconds from the first timing record; empty: all
     std::string format = "tsv";  // or "jsonl"
     bool upgrade = false;        // every frame in the current layout before printing
 };
@@ -63,9 +64,7 @@ struct FilterOptions {
     std::string out;
     std::vector<int> ids;  // empty: every log
     std::string frames;    // "A:B", either end may be left out; empty: all
-    bool has_time = false;
-    double first_time = 0;  // seconds from the first timing record
-    double last_time = 0;
+    std::string time;      // "T0:T1" seconds from the first timing record; empty: all
     unsigned int every = 1;
 };
 

@@ -100,8 +100,9 @@ int runFilter(const FilterOptions& options) {
         for (const RecordRef& r : log.records) numbers.insert(r.frame_num);
     }
     std::set<unsigned int> kept;
+    const TimeRange time_range = parseTimeRange(options.time).value();
     std::map<unsigned int, double> times;
-    if (options.has_time) {
+    if (time_range.given) {
         times = timesOf(logs);
         if (times.empty()) throw ToolError(options.in + ": --time needs timing records, there are none");
     }
@@ -109,11 +110,9 @@ int runFilter(const FilterOptions& options) {
     std::uint64_t n = 0;
     for (unsigned int number : numbers) {
         if (!range.contains(number)) continue;
-        if (options.has_time) {
+        if (time_range.given) {
             const auto t = times.find(number);
-            if (t == times.end()) continue;
-            const double seconds = t->second - t0;
-            if (seconds < options.first_time || seconds > options.last_time) continue;
+            if (t == times.end() || !time_range.contains(t->second - t0)) continue;
         }
         if (n++ % options.every == 0) kept.insert(number);
     }

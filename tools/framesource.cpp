@@ -6,6 +6,7 @@
 #include <eod/eoderror.h>
 #include <eod/io/engineoutputdatafileerror.h>
 #include <eod/io/recordingreader.h>
+#include <eod/timingoutputdata.h>
 #include <eod/upgrade.h>
 #include <eod/utils/frameselection.h>
 
@@ -71,6 +72,39 @@ std::optional<FrameRange> parseFrameRange(const std::string& text) {
     if (!last.empty() && !parseFrameNum(last, range.last)) return std::nullopt;
     if (range.first > range.last) return std::nullopt;
     return range;
+}
+
+std::optional<TimeRange> parseTimeRange(const std::string& text) {
+    TimeRange range;
+    if (text.empty()) return range;
+    const auto seconds = [](const std::string& part, double& value) {
+        std::size_t used = 0;
+        try {
+            value = std::stod(part, &used);
+        } catch (const std::exception&) {
+            return false;
+        }
+        return used == part.size() && value >= 0 && value <= 1e300;
+    };
+    const std::string::size_type colon = text.find(':');
+    if (colon == std::string::npos) return std::nullopt;
+    const std::string first = text.substr(0, colon), last = text.substr(colon + 1);
+    if (!first.empty() && !seconds(first, range.first)) return std::nullopt;
+    if (!last.empty() && !seconds(last, range.last)) return std::nullopt;
+    if (range.first > range.last) return std::nullopt;
+    range.given = true;
+    return range;
+}
+
+double firstExperimentTime(const std::string& path) {
+    const std::unique_ptr<FrameSource> source = openRecording(path);
+    while (const auto frame = source->next()) {
+        if (const auto timing = frame->typedSubObject<tq::eod::TimingOutputData>(
+                tq::eod::TimingOutputData::THIS_OBJECT_ID)) {
+            return timing->experimentTime();
+        }
+    }
+    throw ToolError(path + ": --time needs timing records, there are none");
 }
 
 void requireRecordingPath(const std::string& path) {

@@ -45,6 +45,23 @@ struct FrameRange {
 // for any other text.
 std::optional<FrameRange> parseFrameRange(const std::string& text);
 
+// The frames whose timing record lies T0..T1 seconds (both included) after the recording's
+// first timing record; without `given`, every frame.
+struct TimeRange {
+    bool given = false;
+    double first = 0;
+    double last = 1e300;
+    bool contains(double seconds) const { return seconds >= first && seconds <= last; }
+};
+
+// "T0:T1" in seconds with 0 <= T0 <= T1, either end may be left out; empty: every frame.
+// Nothing for any other text.
+std::optional<TimeRange> parseTimeRange(const std::string& text);
+
+// The experiment time of the first frame of the recording that holds a timing record, the
+// zero of TimeRange. ToolError when no frame holds one.
+double firstExperimentTime(const std::string& path);
+
 // Whether the frame lies in `range` and, when ids are listed, still holds a record after
 // keeping only those (utils::keepObjectIDs, which changes the frame).
 bool isSelected(tq::eod::EngineOutputData& frame, const FrameRange& range,

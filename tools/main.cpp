@@ -25,29 +25,6 @@ namespace {
 const int kRuntimeFailure = 1;
 const int kUsageError = 2;
 
-// "T0:T1" in seconds with either end optional, 0 <= T0 <= T1, into the filter's time range;
-// a usage error naming --time otherwise.
-void parseTimeRange(const std::string& text, FilterOptions& filter) {
-    const auto seconds = [&](const std::string& part, double& value) {
-        std::size_t used = 0;
-        value = std::stod(part, &used);
-        if (used != part.size() || !(value >= 0) || value > 1e300) throw std::invalid_argument(part);
-    };
-    const std::string::size_type colon = text.find(':');
-    double first = 0, last = 1e300;
-    try {
-        if (colon == std::string::npos) throw std::invalid_argument(text);
-        if (colon > 0) seconds(text.substr(0, colon), first);
-        if (colon + 1 < text.size()) seconds(text.substr(colon + 1), last);
-        if (first > last) throw std::invalid_argument(text);
-    } catch (const std::exception&) {
-        throw CLI::ValidationError("--time", "expected T0:T1 in seconds with 0 <= T0 <= T1, got '" + text + "'");
-    }
-    filter.has_time = true;
-    filter.first_time = first;
-    filter.last_time = last;
-}
-
 // Every usage error of the command ends here: one line naming the argument, exit status 2.
 int usageError(const std::string& message) {
     std::cerr << "eod: " << message << "\nRun with --help for more information.\n";
@@ -100,6 +77,12 @@ std::string checkFrameRange(const std::string& text) {
            text + "'";
 }
 
+std::string checkTimeRange(const std::string& text) {
+    if (parseTimeRange(text)) return std::string();
+    return "expected T0:T1 in seconds with 0 <= T0 <= T1 (either end may be left out), got '" +
+           text + "'";
+}
+
 std::string checkFrameCount(const std::string& text) {
     std::size_t end = 0;
     unsigned long n = 0;
@@ -141,6 +124,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", tq::eod::libraryVersion(), "Print the library version");
     app.footer(idsFooter());
     const CLI::Validator frame_range = validator(checkFrameRange, "A:B");
+    const CLI::Validator time_range = validator(checkTimeRange, "T0:T1");
     const CLI::Validator frame_count = validator(checkFrameCount, "COUNT");
     const CLI::Validator logged_id = validator(checkLoggedId, "ID");
 
@@ -169,6 +153,9 @@ int main(int argc, char** argv) {
         ->check(logged_id);
     cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)")
         ->check(frame_range);
+    cat_cmd->add_option("--time", cat.time,
+                        "Seconds from the first timing record T0:T1 (either end optional)")
+        ->check(time_range);
     cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: JSON Lines")
         ->check(CLI::IsMember({"tsv", "jsonl"}));
     cat_cmd->add_flag("--upgrade", cat.upgrade,
@@ -286,9 +273,9 @@ int main(int argc, char** argv) {
         ->check(logged_id);
     filter_cmd->add_option("--frames", filter.frames, "Frame-number range A:B (either end optional)")
         ->check(frame_range);
-    filter_cmd->add_option_function<std::string>(
-        "--time", [&](const std::string& t) { parseTimeRange(t, filter); },
-        "Seconds from the first timing record T0:T1 (either end optional)");
+    filter_cmd->add_option("--time", filter.time,
+                           "Seconds from the first timing record T0:T1 (either end optional)")
+        ->check(time_range);
     filter_cmd->add_option("--every", filter.every, "Keep every N-th of the chosen frames")
         ->check(CLI::PositiveNumber);
 
