@@ -27,9 +27,10 @@ int checkedLevel(int level) {
 
 class ZstdCompressor : public ByteStreamCompressor {
   public:
-    explicit ZstdCompressor(int level) : _ctx(ZSTD_createCCtx()) {
+    // The level is checked before the context exists: a refused level must not leak it.
+    explicit ZstdCompressor(int level) : _level(checkedLevel(level)), _ctx(ZSTD_createCCtx()) {
         if (!_ctx) throw SerializableError("ZstdCompressor - ZSTD_createCCtx failed");
-        ZSTD_CCtx_setParameter(_ctx, ZSTD_c_compressionLevel, checkedLevel(level));
+        ZSTD_CCtx_setParameter(_ctx, ZSTD_c_compressionLevel, _level);
     }
     ~ZstdCompressor() override { ZSTD_freeCCtx(_ctx); }
 
@@ -58,6 +59,7 @@ class ZstdCompressor : public ByteStreamCompressor {
         return rc;
     }
 
+    const int _level;
     ZSTD_CCtx* _ctx;
 };
 
