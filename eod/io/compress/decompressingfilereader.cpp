@@ -423,9 +423,12 @@ std::uint32_t DecompressingFileReader::numFrames() {
 void DecompressingFileReader::seekToFrame(std::uint32_t ordinal) {
     loadIndex();
     EOD_REQUIRE(ordinal < _num_frames, "frame ordinal out of range");
-    const std::size_t k =
-        std::upper_bound(_key_ordinals.begin(), _key_ordinals.end(), ordinal) -
-        _key_ordinals.begin() - 1;
+    const auto after = std::upper_bound(_key_ordinals.begin(), _key_ordinals.end(), ordinal);
+    // A damaged file may count frames that no key point leads to.
+    if (after == _key_ordinals.begin()) {
+        damaged(_first_item, "no key point before frame " + std::to_string(ordinal));
+    }
+    const std::size_t k = static_cast<std::size_t>(after - _key_ordinals.begin()) - 1;
     _offset = _key_offsets[k];
     _ordinal = _key_ordinals[k];
     _ended = false;
