@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include <eod/eod.h>
+#include <eod/recordsize.h>
 
 #include "recordtesting.h"
 #include "testrecord.h"
@@ -93,6 +94,31 @@ TEST(SerializableHeader, ReadDataSizeHeaderWantsTheWholeRecord) {
     const Bytes extended = {100, 0xFF, 0xFF, 0x00, 0x00, 0x00};
     p = 1;
     EXPECT_FALSE(Serializable::readDataSizeHeader(extended, p, nullptr));
+}
+
+TEST(SerializableHeader, RecordSizeFromPrefixNeedsTheWholeHeaderOnly) {
+    struct Case {
+        Bytes prefix;
+        bool known;
+        std::size_t header_bytes;
+        std::uint64_t total_bytes;
+    };
+    const Case cases[] = {
+        {{}, false, 3, 0},
+        {{9, 0x00}, false, 3, 0},
+        {{9, 0x00, 0x00}, true, 3, 3},
+        {{9, 0x12, 0x34}, true, 3, 3 + 0x1234},  // the data need not be there
+        {{9, 0xFF, 0xFE}, true, 3, 3 + 65534},
+        {{9, 0xFF, 0xFF, 0x00, 0x01, 0x00}, false, 7, 0},
+        {{9, 0xFF, 0xFF, 0x00, 0x01, 0x00, 0x00}, true, 7, 7 + 65536},
+        {{9, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xAA}, true, 7, 7 + 0xFFFFFFFFull},
+    };
+    for (const Case& c : cases) {
+        const RecordSize size = recordSizeFromPrefix(c.prefix.data(), c.prefix.size());
+        EXPECT_EQ(size.known, c.known) << c.prefix.size();
+        EXPECT_EQ(size.header_bytes, c.header_bytes) << c.prefix.size();
+        EXPECT_EQ(size.total_bytes, c.total_bytes) << c.prefix.size();
+    }
 }
 
 TEST(SerializableSerialize, AppendsToWhatIsThereAndReservesOnce) {

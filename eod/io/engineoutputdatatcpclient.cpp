@@ -8,6 +8,7 @@
 #include <boost/pointer_cast.hpp>
 
 #include <eod/serializableerror.h>
+#include <eod/recordsize.h>
 #include <eod/serializablefactory.h>
 
 #include "eod/bytecodec.h"
@@ -103,17 +104,10 @@ void EngineOutputDataTcpClient::clearBuffer() {
 }
 
 void EngineOutputDataTcpClient::checkRecordSize() {
-    const std::size_t available = detail::bytesRemaining(_buffer, _read_pos);
-    if (available < Serializable::minHeaderBytes()) return;
-    int p = _read_pos + 1;
-    unsigned long long header_bytes = Serializable::minHeaderBytes();
-    unsigned long long data_size = detail::readNumber<std::uint16_t>(_buffer, p);
-    if (data_size == Serializable::extendedHeaderSizeMagicCookie()) {
-        header_bytes += 4;
-        if (available < header_bytes) return;
-        data_size = detail::readNumber<std::uint32_t>(_buffer, p);
-    }
-    const unsigned long long record_size = header_bytes + data_size;
+    const RecordSize size = recordSizeFromPrefix(
+        _buffer.data() + _read_pos, detail::bytesRemaining(_buffer, _read_pos));
+    if (!size.known) return;
+    const unsigned long long record_size = size.total_bytes;
     if (record_size <= _max_record_size) return;
     clearBuffer();
     throw SerializableError(

@@ -5,6 +5,7 @@
 #include <eod/io/compress/decompressingfilereader.h>
 #include <eod/io/compress/serializablecompressorfactory.h>
 #include <eod/io/zlibcodecimpl.h>
+#include <eod/recordsize.h>
 #include <eod/serializableerror.h>
 
 #include <boost/pointer_cast.hpp>
@@ -118,26 +119,23 @@ bool DecompressingFileReader::readItem(std::uint64_t& item_offset) {
         return false;
     }
     unsigned char header[7];
-    std::size_t header_bytes = 3;
-    if (remaining < header_bytes) {
+    const std::size_t got = static_cast<std::size_t>(std::min<std::uint64_t>(sizeof header, remaining));
+    if (got < Serializable::minHeaderBytes()) {
         _ended = _torn_tail = true;
         return false;
     }
-    readAt(_offset, header, 3);
+    readAt(_offset, header, got);
     if (static_cast<char>(header[0]) != CompressedSerializable::THIS_OBJECT_ID) {
         broken("not a compressed item (object id " +
                              std::to_string(static_cast<int>(static_cast<char>(header[0]))) + ")");
     }
-    std::uint64_t data_size = codec::loadU16(header + 1);
-    if (data_size == Serializable::extendedHeaderSizeMagicCookie()) {
-        header_bytes = 7;
-        if (remaining < header_bytes) {
-            _ended = _torn_tail = true;
-            return false;
-        }
-        readAt(_offset + 3, header + 3, 4);
-        data_size = codec::loadU32(header + 3);
+    const RecordSize size = recordSizeFromPrefix(header, got);
+    if (!size.known) {
+        _ended = _torn_tail = true;
+        return false;
     }
+    const std::size_t header_bytes = size.header_bytes;
+    const std::uint64_t data_size = size.total_bytes - header_bytes;
     if (data_size > remaining - header_bytes) {
         _ended = _torn_tail = true;
         return false;

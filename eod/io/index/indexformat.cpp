@@ -9,6 +9,7 @@
 #include <eod/engineoutputdata.h>
 
 #include <eod/io/index/logindex.h>
+#include <eod/recordsize.h>
 
 #include "eod/io/pathconversion.h"
 
@@ -86,16 +87,12 @@ bool readRecordHead(std::istream& in, std::uint64_t offset, RecordHead& head) {
     in.read(reinterpret_cast<char*>(bytes), sizeof bytes);
     const std::size_t got = static_cast<std::size_t>(in.gcount());
     in.clear();
-    if (got < 3) return false;
+    const RecordSize record = recordSizeFromPrefix(bytes, got);
+    if (!record.known) return false;
     head.id = static_cast<char>(bytes[0]);
-    std::uint64_t size = loadU16(bytes + 1);
-    std::size_t header = 3;
-    if (size == Serializable::extendedHeaderSizeMagicCookie()) {
-        if (got < 7) return false;
-        size = loadU32(bytes + 3);
-        header = 7;
-    }
-    head.end = offset + header + size;
+    const std::size_t header = record.header_bytes;
+    const std::uint64_t size = record.total_bytes - header;
+    head.end = offset + record.total_bytes;
     head.frame_known = head.id == EngineOutputData::THIS_OBJECT_ID && size >= 5 &&
                        got >= header + 5;
     if (head.frame_known) head.frame_num = loadU32(bytes + header + 1);
