@@ -201,6 +201,12 @@ CreationFunction SerializableFactory::unregisterObjectType(char object_id) {
     return previous;
 }
 
+std::string SerializableFactory::registeredTypeName(char object_id) {
+    const Registry& r = registry();
+    const auto known = r.id_typename_map.find(object_id);
+    return known == r.id_typename_map.end() ? std::string() : known->second;
+}
+
 boost::shared_ptr<Serializable> SerializableFactory::newObject(char object_id) {
     unsigned int status = 0;
     return newObjectWithStatus(object_id, status);

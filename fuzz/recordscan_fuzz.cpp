@@ -8,7 +8,6 @@
 #include <string>
 
 #include "fuzz/fuzzing.h"
-#include "tools/frameledger.h"
 #include "tools/recordscan.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -22,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::ostringstream text;
     scan.ledger.print(text, "  ");
-    eodtool::FrameLedger merged;
+    tq::eod::io::FrameLedger merged;
     merged.mergeFrameNumbers(scan.ledger);
     merged.mergeFrameNumbers(scan.ledger);
     EOD_FUZZ_EXPECT(merged.numFrames() <= scan.ledger.numFrames());

@@ -19,8 +19,9 @@ namespace eodtool {
 
 int runCat(const CatOptions& options) {
     // The ranges were checked when the command line was read.
-    const FrameRange range = parseFrameRange(options.frames).value();
     const TimeRange times = parseTimeRange(options.time).value();
+    // Frames outside the time range are not even read where the index can tell.
+    const FrameRange range = seekTimeRange(options.path, times, parseFrameRange(options.frames).value());
     const std::vector<char> ids(options.ids.begin(), options.ids.end());
     const double t0 = times.given ? firstExperimentTime(options.path) : 0;
     // A frame without a timing record has no place in a time range.
@@ -37,7 +38,7 @@ int runCat(const CatOptions& options) {
 
     if (options.format == "jsonl") {
         tq::eod::io::OutputDataPrinter printer;
-        std::unique_ptr<FrameSource> source = openRecording(options.path);
+        std::unique_ptr<FrameSource> source = openRecording(options.path, false, range);
         while (const auto frame = source->next()) {
             if (select(*frame)) printer.printJson(std::cout, *frame);
         }

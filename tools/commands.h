@@ -19,6 +19,7 @@ struct DemoOptions {
 struct InfoOptions {
     std::string path;
     bool upgrade = false;  // count record types as in the current layout
+    bool scan = false;     // read every record even where index files would answer
 };
 
 struct CatOptions {

@@ -55,22 +55,20 @@ std::vector<unsigned char> withoutPixels(const EngineOutputData& frame) {
 int runCompressContainer(const ConvertOptions& options) {
     const std::unique_ptr<FrameSource> source = openRecording(options.in);
     TemporaryOutput out(options.out);
-    try {
+    orToolError(options.out, [&] {
         tq::eod::io::CompressingFileWriter writer;
         writer.open(out.path(),
                     tq::eod::io::CompressionProfileRegistry::profile(options.profile));
         while (const Frame frame = source->next()) writer.writeFrame(*frame);
         writer.close();
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(options.out + ": " + e.what());
-    }
+    });
     out.commit();
     return 0;
 }
 
 int runDecompressContainer(const ConvertOptions& options) {
     TemporaryOutput out(options.out);
-    try {
+    orToolError(options.in, [&] {
         tq::eod::io::DecompressingFileReader reader;
         reader.open(options.in);
         tq::eod::io::FileWriter writer;
@@ -80,9 +78,7 @@ int runDecompressContainer(const ConvertOptions& options) {
             throw ToolError(options.in + ": the file ends inside a frame (torn tail)");
         }
         writer.close();
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(options.in + ": " + e.what());
-    }
+    });
     out.commit();
     return 0;
 }
@@ -97,7 +93,7 @@ int runDemoImages(const DemoOptions& options) {
     double encode_seconds = 0;
     double decode_seconds = 0;
     double worst_psnr = 99.0;
-    try {
+    orToolError(path, [&] {
         {
             tq::eod::io::CompressingFileWriter writer;
             writer.open(path, tq::eod::io::CompressionProfileRegistry::profile("compact"));
@@ -132,9 +128,7 @@ int runDemoImages(const DemoOptions& options) {
                 std::min(worst_psnr, imagePsnr(*original->imagesOutputData()->image(0),
                                                *frame->imagesOutputData()->image(0)));
         }
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(path + ": " + e.what());
-    }
+    });
     const std::uint64_t file_bytes = fs::file_size(path);
     std::cout << "eod demo: " << options.frames << " synthetic frames with 640x480 eye images"
               << " compressed into " << path << " (profile \"compact\") and read back; every"

@@ -61,7 +61,7 @@ int runCompress(const ConvertOptions& options) {
     tq::eod::io::ZLibEncoder encoder(kLevel, kMaxPendingRecords);
     std::vector<unsigned char> chunk;
     unsigned int tag = 0;
-    try {
+    orToolError(options.in, [&] {
         while (!reader.atEnd()) {
             const unsigned int offset = reader.position();
             unsigned int status = 0;
@@ -75,9 +75,7 @@ int runCompress(const ConvertOptions& options) {
         }
         encoder.flush(chunk);
         writeBytes(out, options.out, chunk);
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(options.in + ": " + e.what());
-    }
+    });
     out.close();
     if (!out) throw ToolError(options.out + ": cannot write");
     temporary.commit();

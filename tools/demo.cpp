@@ -11,6 +11,7 @@
 #include <eod/eoderror.h>
 #include <eod/io/engineoutputdatafilereader.h>
 #include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/index/framerangereader.h>
 
 #include "commands.h"
 #include "logids.h"
@@ -46,7 +47,7 @@ int runDemo(const DemoOptions& options) {
     // Record.
     Clock::duration encode_time{};
     std::uint64_t frame_bytes = 0;
-    try {
+    orToolError(options.out, [&] {
         tq::eod::io::EngineOutputDataFileWriter writer;
         for (unsigned int n = 0; n < options.frames; ++n) {
             const boost::shared_ptr<tq::eod::EngineOutputData> frame = syntheticFrame(n);
@@ -60,14 +61,12 @@ int runDemo(const DemoOptions& options) {
         const Clock::time_point start = Clock::now();
         writer.closeFiles();
         encode_time += Clock::now() - start;
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(options.out + ": " + e.what());
-    }
+    });
 
     // Replay, merge and compare.
     Clock::duration decode_time{};
     unsigned int replayed = 0;
-    try {
+    orToolError(options.out, [&] {
         tq::eod::io::EngineOutputDataFileReader reader;
         reader.openFiles(options.out);
         std::vector<unsigned char> expected, actual;
@@ -87,9 +86,7 @@ int runDemo(const DemoOptions& options) {
             ++replayed;
             if (progress && replayed % 1000 == 0) std::cerr << "\rreplaying frame " << replayed;
         }
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(options.out + ": " + e.what());
-    }
+    });
     if (progress) std::cerr << '\n';
     if (replayed != options.frames) {
         throw ToolError(options.out + ": " + std::to_string(replayed) + " of " +
@@ -100,18 +97,13 @@ int runDemo(const DemoOptions& options) {
     std::cout << "eod demo: " << options.frames << " synthetic frames recorded in " << options.out
               << ", replayed and merged; every frame came back equal\n";
     std::cout << "bytes per record type:\n";
-    std::vector<fs::path> logs;
-    for (const fs::directory_entry& entry : fs::directory_iterator(options.out)) {
-        if (entry.path().extension() == ".tql") logs.push_back(entry.path());
-    }
-    std::sort(logs.begin(), logs.end());
-    for (const fs::path& log : logs) {
-        const FileScan scan = scanRecordFile(log.string());
+    for (const std::string& log : orToolError("", [&] { return tq::eod::io::recordingLogFiles(options.out); })) {
+        const FileScan scan = scanRecordFile(log);
         log_bytes += scan.size;
         for (const auto& entry : scan.by_id) {
             std::cout << "  " << std::left << std::setw(28) << objectName(entry.first) << std::right
                       << std::setw(12) << entry.second.bytes << " bytes in "
-                      << log.filename().string() << '\n';
+                      << fs::u8path(log).filename().string() << '\n';
         }
     }
     std::cout << "frames as encoded: " << frame_bytes << " bytes; log files: " << log_bytes

@@ -72,13 +72,11 @@ int runFilter(const FilterOptions& options) {
     const OutputPath out(options.in, options.out);
     const bool directory = fs::is_directory(options.in);
     std::vector<Log> logs;
-    try {
+    orToolError("", [&] {
         for (const std::string& path : tq::eod::io::recordingLogFiles(options.in)) {
             logs.push_back({path, readRecordRefs(path)});
         }
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(e.what());
-    }
+    });
     if (!options.ids.empty()) {
         logs.erase(std::remove_if(logs.begin(), logs.end(),
                                   [&](const Log& log) {

@@ -1,10 +1,12 @@
 #include "framesource.h"
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
 
 #include <eod/eoderror.h>
 #include <eod/io/engineoutputdatafileerror.h>
+#include <eod/io/index/timeseek.h>
 #include <eod/io/recordingreader.h>
 #include <eod/timingoutputdata.h>
 #include <eod/upgrade.h>
@@ -31,8 +33,10 @@ bool parseFrameNum(const std::string& text, unsigned int& value) {
 
 class RecordingSource : public FrameSource {
 public:
-    RecordingSource(const std::string& path, bool upgrade) : _path(path), _upgrade(upgrade) {
+    RecordingSource(const std::string& path, bool upgrade, const FrameRange& range)
+        : _path(path), _upgrade(upgrade) {
         requireRecordingPath(path);
+        _reader.setRange(range.first, range.last);
         try {
             _reader.open(path);
         } catch (const tq::eod::EODError& e) {
@@ -58,8 +62,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade) {
-    return std::unique_ptr<FrameSource>(new RecordingSource(path, upgrade));
+std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade,
+                                           const FrameRange& range) {
+    return std::unique_ptr<FrameSource>(new RecordingSource(path, upgrade, range));
 }
 
 std::optional<FrameRange> parseFrameRange(const std::string& text) {
@@ -105,6 +110,21 @@ double firstExperimentTime(const std::string& path) {
         }
     }
     throw ToolError(path + ": --time needs timing records, there are none");
+}
+
+FrameRange seekTimeRange(const std::string& path, const TimeRange& times, FrameRange range) {
+    if (!times.given) return range;
+    const auto span = tq::eod::io::framesInTimeRange(path, times.first, times.last);
+    if (!span) return range;
+    if (span->first > span->last) {
+        // No frame lies in the time range: any one frame number will do, the test rejects it.
+        range.last = range.first;
+        return range;
+    }
+    range.first = std::max(range.first, span->first);
+    range.last = std::min(range.last, span->last);
+    if (range.first > range.last) range.last = range.first;
+    return range;
 }
 
 void requireRecordingPath(const std::string& path) {

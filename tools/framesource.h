@@ -29,17 +29,19 @@ void requireRecordingPath(const std::string& path);
 // A library error met while reading the recording at `path`, as the command reports it.
 ToolError readError(const std::string& path, const tq::eod::EODError& e);
 
-// A log directory (merged by frame number), a log file or a raw record file of frames.
-// Library errors come out as ToolError naming the path. With `upgrade`, each frame is
-// brought to the current layout (tq::eod::upgrade) before it is handed out.
-std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade = false);
-
 // The frames a command works on: frame numbers first..last, both included.
 struct FrameRange {
     unsigned int first = 0;
     unsigned int last = std::numeric_limits<unsigned int>::max();
     bool contains(unsigned int frame_num) const { return frame_num >= first && frame_num <= last; }
 };
+
+// A log directory (merged by frame number), a log file, a raw record file or a container.
+// Library errors come out as ToolError naming the path. With `upgrade`, each frame is
+// brought to the current layout (tq::eod::upgrade) before it is handed out. Only the frames
+// of `range` are read where index files allow; others may still come out.
+std::unique_ptr<FrameSource> openRecording(const std::string& path, bool upgrade = false,
+                                           const FrameRange& range = FrameRange());
 
 // "A:B" with whole numbers A <= B, either end may be left out; empty: every frame. Nothing
 // for any other text.
@@ -61,6 +63,10 @@ std::optional<TimeRange> parseTimeRange(const std::string& text);
 // The experiment time of the first frame of the recording that holds a timing record, the
 // zero of TimeRange. ToolError when no frame holds one.
 double firstExperimentTime(const std::string& path);
+
+// `range` narrowed to the frames of `times`, as far as the recording's index can tell
+// without reading it; the frames still have to be tested against `times` one by one.
+FrameRange seekTimeRange(const std::string& path, const TimeRange& times, FrameRange range);
 
 // Whether the frame lies in `range` and, when ids are listed, still holds a record after
 // keeping only those (utils::keepObjectIDs, which changes the frame).

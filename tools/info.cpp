@@ -5,13 +5,18 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <set>
 #include <unistd.h>
 
 #include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/index/framerangereader.h>
+#include <eod/io/index/logindex.h>
+#include <eod/io/index/timeseek.h>
 #include <eod/io/recordingreader.h>
 #include <eod/timingoutputdata.h>
 
@@ -23,6 +28,8 @@
 namespace eodtool {
 
 namespace fs = std::filesystem;
+using tq::eod::io::FrameLedger;
+using tq::eod::io::LogIndex;
 
 namespace {
 
@@ -35,6 +42,11 @@ void printFrames(std::ostream& os, const FrameLedger& ledger, const std::string&
 }
 
 void printIds(std::ostream& os, const FileScan& scan, const std::string& indent) {
+    if (scan.from_index) {
+        os << indent << "records by object id: not counted (frames from the index file; "
+                        "--scan reads every record)\n";
+        return;
+    }
     os << indent << "records by object id:\n"
        << indent << "  " << std::setw(4) << "id" << "  " << std::left << std::setw(32) << "name"
        << std::right << std::setw(10) << "count" << std::setw(14) << "bytes" << '\n';
@@ -133,6 +145,89 @@ void printSummary(std::ostream& os, const FrameLedger& ledger, const Summary& su
     os << '\n';
 }
 
+// The frames of a log from its index file, when the index checks out against the log and
+// covers every byte of it, so no damage can lie between its records: no record is read.
+std::optional<FileScan> indexScan(const std::string& log) {
+    try {
+        const LogIndex index = LogIndex::openVerified(log);
+        if (index.origin() != LogIndex::Origin::INDEX_FILE || index.recordsEnd() != index.logSize()) {
+            return std::nullopt;
+        }
+        FileScan scan;
+        scan.path = log;
+        scan.size = index.logSize();
+        scan.records = scan.known_records = index.size();
+        scan.from_index = true;
+        for (const auto& entry : index.entries()) scan.ledger.addFrame(entry.frame_num, entry.offset);
+        return scan;
+    } catch (const tq::eod::EODError&) {
+        // An index that cannot be read is no index: the log is scanned.
+        return std::nullopt;
+    }
+}
+
+// Duration and rate from the first and the last record of the timing log, found through its
+// index: false when there is no believed index or those records hold no timing record.
+bool timesFromIndex(const std::string& timing_log, Summary& summary) {
+    try {
+        const LogIndex index = LogIndex::open(timing_log);
+        if (index.origin() != LogIndex::Origin::INDEX_FILE || index.size() == 0) return false;
+        std::ifstream in(fs::u8path(timing_log), std::ios_base::in | std::ios_base::binary);
+        const std::optional<double> first = tq::eod::io::experimentTimeAt(in, index.entry(0).offset);
+        const std::optional<double> last = tq::eod::io::experimentTimeAt(in, index.entry(index.size() - 1).offset);
+        if (!first || !last) return false;
+        summary.timed_frames = index.size();
+        summary.first_time = *first;
+        summary.last_time = *last;
+        return true;
+    } catch (const tq::eod::EODError&) {
+        return false;
+    }
+}
+
+// Frame numbers in `a` and in `b`, both runs in ascending order.
+std::vector<FrameLedger::Range> commonRuns(const std::vector<FrameLedger::Range>& a,
+                                           const std::vector<FrameLedger::Range>& b) {
+    std::vector<FrameLedger::Range> common;
+    for (std::size_t i = 0, j = 0; i < a.size() && j < b.size();) {
+        const unsigned int first = std::max(a[i].first, b[j].first);
+        const unsigned int last = std::min(a[i].last, b[j].last);
+        if (first <= last) common.push_back({first, last});
+        if (a[i].last < b[j].last) {
+            ++i;
+        } else {
+            ++j;
+        }
+    }
+    return common;
+}
+
+// The frames of the merged recording that some log lacks: the merged frame numbers outside
+// the runs every log has.
+void countIncomplete(const FrameLedger& merged, const std::vector<FileScan>& scans, Summary& summary) {
+    std::vector<FrameLedger::Range> everywhere = merged.frameRuns();
+    for (const FileScan& scan : scans) everywhere = commonRuns(everywhere, scan.ledger.frameRuns());
+    std::uint64_t complete = 0;
+    for (const auto& run : everywhere) complete += std::uint64_t(run.last) - run.first + 1;
+    summary.incomplete = merged.numFrames() - complete;
+    if (summary.incomplete == 0) return;
+    summary.has_incomplete = true;
+    // The first merged frame number outside the common runs.
+    std::size_t j = 0;
+    for (const auto& run : merged.frameRuns()) {
+        std::uint64_t n = run.first;
+        while (j < everywhere.size() && everywhere[j].last < n) ++j;
+        while (j < everywhere.size() && everywhere[j].first <= n && n <= everywhere[j].last) {
+            n = std::uint64_t(everywhere[j].last) + 1;
+            ++j;
+        }
+        if (n <= run.last) {
+            summary.first_incomplete = static_cast<unsigned int>(n);
+            return;
+        }
+    }
+}
+
 // A file in which not one record could be decoded is not a record file at all.
 void requireRecords(const FileScan& scan) {
     if (scan.size > 0 && scan.known_records == 0) {
@@ -176,56 +271,45 @@ int runInfo(const InfoOptions& options) {
         return 0;
     }
 
-    std::vector<fs::path> logs;
-    for (const fs::directory_entry& entry : fs::directory_iterator(options.path, ec)) {
-        if (entry.path().extension() != ".tql") continue;
-        // One entry that cannot be read as a log (a symlink loop, a FIFO) does not spoil
-        // the others: it is reported and left out.
-        std::error_code entry_ec;
-        if (entry.is_regular_file(entry_ec)) {
-            logs.push_back(entry.path());
-        } else {
-            std::cerr << "eod: " << entry.path().string() << ": skipped: "
-                      << (entry_ec ? entry_ec.message() : "not a regular file") << '\n';
-        }
-    }
-    if (ec) throw ToolError(options.path + ": " + ec.message());
-    if (logs.empty()) throw ToolError(options.path + ": no log files (*.tql) in this directory");
-    std::sort(logs.begin(), logs.end());
+    // One entry that cannot be read as a log (a symlink loop, a FIFO) does not spoil the
+    // others: it is reported and left out.
+    std::vector<std::string> skipped;
+    const std::vector<std::string> logs = orToolError("", [&] {
+        return tq::eod::io::recordingLogFiles(options.path, &skipped);
+    });
+    for (const std::string& entry : skipped) std::cerr << "eod: " << entry << ": skipped: not a regular file\n";
 
     std::uint64_t total = 0;
-    for (const fs::path& log : logs) total += fs::file_size(log, ec);
+    for (const std::string& log : logs) total += fs::file_size(fs::u8path(log), ec);
     const bool progress = total > kProgressBytes && isatty(STDERR_FILENO) != 0;
 
     std::vector<FileScan> scans;
     std::uint64_t bytes = 0;
     FrameLedger merged;
-    for (const fs::path& log : logs) {
+    for (const std::string& log : logs) {
         if (progress) {
-            std::cerr << "\rreading " << log.filename().string() << " (" << bytes * 100 / total
-                      << "%)\x1b[K" << std::flush;
+            std::cerr << "\rreading " << fs::u8path(log).filename().string() << " ("
+                      << bytes * 100 / total << "%)\x1b[K" << std::flush;
         }
-        scans.push_back(scanRecordFile(log.string()));
+        std::optional<FileScan> scan;
+        if (!options.scan) scan = indexScan(log);
+        scans.push_back(scan ? std::move(*scan) : scanRecordFile(log));
         bytes += scans.back().size;
         merged.mergeFrameNumbers(scans.back().ledger);
     }
     if (progress) std::cerr << "\r\x1b[K" << std::flush;
 
     Summary summary;
-    merged.forEachFrameNum([&](unsigned int n) {
-        for (const FileScan& scan : scans) {
-            if (!scan.ledger.hasFrameNum(n)) {
-                summary.addIncomplete(n);
-                return;
-            }
-        }
-    });
-    const fs::path timing = fs::path(options.path) /
-                            (fs::path(tq::eod::io::EngineOutputDataFileWriter::objectIDToFileName(
-                                          tq::eod::TimingOutputData::THIS_OBJECT_ID))
-                                 .string() +
-                             ".tql");
-    if (fs::exists(timing, ec)) readFrames(timing.string(), summary, false, false);
+    countIncomplete(merged, scans, summary);
+    const fs::path timing =
+        fs::u8path(options.path) /
+        fs::path(tq::eod::io::EngineOutputDataFileWriter::objectIDToFileName(
+                     tq::eod::TimingOutputData::THIS_OBJECT_ID) +
+                 tq::eod::EngineOutputData::LOGFILE_EXTENSION());
+    const bool indexed = std::all_of(scans.begin(), scans.end(), [](const FileScan& s) { return s.from_index; });
+    if (fs::exists(timing, ec) && !(indexed && timesFromIndex(timing.u8string(), summary))) {
+        readFrames(timing.u8string(), summary, false, false);
+    }
 
     std::cout << options.path << ": log directory, " << logs.size() << " log files, " << bytes
               << " bytes\n";
@@ -234,7 +318,7 @@ int runInfo(const InfoOptions& options) {
     merged.printGaps(std::cout);
     std::cout << '\n';
     for (const FileScan& scan : scans) {
-        std::cout << '\n' << fs::path(scan.path).filename().string() << ": " << scan.size
+        std::cout << '\n' << fs::u8path(scan.path).filename().string() << ": " << scan.size
                   << " bytes, " << scan.records << " records\n";
         printScan(std::cout, scan, "  ");
     }

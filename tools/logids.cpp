@@ -11,19 +11,11 @@
 
 namespace eodtool {
 
-namespace {
-
 using tq::eod::io::EngineOutputDataFileWriter;
 
-bool hasLogName(char id) {
-    try {
-        EngineOutputDataFileWriter::objectIDToFileName(id);
-        return true;
-    } catch (const tq::eod::io::EngineOutputDataFileError&) {
-        // Not in the name table: this record type is not logged.
-        return false;
-    }
-}
+namespace {
+
+bool hasLogName(char id) { return EngineOutputDataFileWriter::hasObjectIDFileName(id); }
 
 }  // namespace
 

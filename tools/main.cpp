@@ -143,6 +143,8 @@ int main(int argc, char** argv) {
     info_cmd->add_option("PATH", info.path, "Log directory, log file or raw record file")->required();
     info_cmd->add_flag("--upgrade", info.upgrade,
                        "Count record types as in the current layout (incomplete frames)");
+    info_cmd->add_flag("--scan", info.scan,
+                       "Read every record of a log directory, even where index files say what it holds");
 
     CatOptions cat;
     CLI::App* cat_cmd = app.add_subcommand(

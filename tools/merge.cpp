@@ -45,7 +45,7 @@ int runMerge(const MergeOptions& options) {
         }
     }
     std::map<std::string, std::vector<Source>> by_name;
-    try {
+    orToolError("", [&] {
         for (std::size_t i = 0; i < options.in.size(); ++i) {
             for (const std::string& path : tq::eod::io::recordingLogFiles(options.in[i])) {
                 Source source{i, path, readRecordRefs(path)};
@@ -55,9 +55,7 @@ int runMerge(const MergeOptions& options) {
                     std::move(source));
             }
         }
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(e.what());
-    }
+    });
 
     const fs::path temp = out.temporary();
     std::uint64_t conflicts = 0, records = 0;

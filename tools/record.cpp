@@ -18,13 +18,14 @@
 #include <unistd.h>
 
 #include <eod/eoderror.h>
+#include <eod/io/engineoutputdatafilereader.h>
 #include <eod/io/engineoutputdatafilewriter.h>
+#include <eod/io/frameledger.h>
 #include <eod/io/engineoutputdatatcpclient.h>
 #include <eod/io/index/logindex.h>
 #include <eod/io/inetaddress.h>
 
 #include "commands.h"
-#include "frameledger.h"
 #include "sessionlogs.h"
 #include "toolerror.h"
 
@@ -73,14 +74,12 @@ std::vector<char> loggedIds(const std::vector<int>& ids) {
     return result;
 }
 
-std::vector<fs::path> logFilesIn(const fs::path& dir) {
-    std::vector<fs::path> logs;
-    std::error_code ec;
-    for (const fs::directory_entry& entry : fs::directory_iterator(dir, ec)) {
-        if (entry.path().extension() == ".tql") logs.push_back(entry.path());
-    }
-    if (ec) throw ToolError(dir.string() + ": " + ec.message());
-    return logs;
+// The log files already in a directory (none for a new one), by the readers' own rule.
+std::vector<std::wstring> logFilesIn(const std::string& dir) {
+    std::vector<std::wstring> skipped;
+    return orToolError(dir, [&] {
+        return tq::eod::io::EngineOutputDataFileReader::listLogFiles(fs::u8path(dir).wstring(), skipped);
+    });
 }
 
 // Makes sure `out` can take a new session; true when the directory was created here.
@@ -93,7 +92,7 @@ bool prepareDirectory(const RecordOptions& options) {
         return true;
     }
     if (!fs::is_directory(out, ec)) throw ToolError(options.out + ": not a directory");
-    const std::size_t old_logs = logFilesIn(out).size();
+    const std::size_t old_logs = logFilesIn(options.out).size();
     if (old_logs > 0 && !options.overwrite) {
         throw ToolError(options.out + ": holds " + std::to_string(old_logs) +
                         " log files of another session (give --overwrite to replace them)");
@@ -102,11 +101,12 @@ bool prepareDirectory(const RecordOptions& options) {
 }
 
 void removeOldLogs(const RecordOptions& options) {
-    for (const fs::path& log : logFilesIn(options.out)) {
+    for (const std::wstring& wide_log : logFilesIn(options.out)) {
+        const std::string log = fs::path(wide_log).u8string();
         std::error_code ec;
-        fs::remove(log, ec);
-        if (ec) throw ToolError(log.string() + ": cannot remove: " + ec.message());
-        fs::remove(tq::eod::io::logIndexPath(log.string()), ec);
+        fs::remove(fs::u8path(log), ec);
+        if (ec) throw ToolError(log + ": cannot remove: " + ec.message());
+        fs::remove(fs::u8path(tq::eod::io::logIndexPath(log)), ec);
     }
 }
 
@@ -162,7 +162,7 @@ int runRecord(const RecordOptions& options) {
     const auto flush_interval = std::chrono::duration<double>(options.flush_interval);
     const int timeout_ms = std::max(
         1, std::min(kReceiveTimeoutMs, static_cast<int>(options.flush_interval * 1000)));
-    FrameLedger ledger;
+    tq::eod::io::FrameLedger ledger;
     const Clock::time_point start = Clock::now();
     Clock::time_point last_frame = start;
     Clock::time_point next_flush = start + std::chrono::duration_cast<Clock::duration>(flush_interval);

@@ -1,16 +1,15 @@
 #ifndef EOD_TOOLS_RECORDSCAN_H
 #define EOD_TOOLS_RECORDSCAN_H
 
-// Walks a raw record file or a log file record by record, without merging, and counts
-// what it finds: frames, sub-records per object id, and everything the frame ledger
-// reports.
+// What `eod info` says of one record file: the library's scan of it (frames, damage, the
+// frame ledger) and the records counted per object id.
 
 #include <cstdint>
 #include <istream>
 #include <map>
 #include <string>
 
-#include "frameledger.h"
+#include <eod/io/frameledger.h>
 
 namespace eodtool {
 
@@ -25,16 +24,14 @@ struct FileScan {
     std::uint64_t records = 0;
     // Records a registered class could decode.
     std::uint64_t known_records = 0;
-    FrameLedger ledger;
+    tq::eod::io::FrameLedger ledger;
     // Top-level records that are not frames, and the sub-records of frames, by object id.
+    // Empty when the counts came from an index file, which holds frames, not records.
     std::map<int, IdStats> by_id;
+    bool from_index = false;
 };
 
-// Records larger than this (header included) are counted as corrupt, not decoded.
-const std::uint64_t kMaxScannedRecordSize = 64u << 20;
-
-// A regular file only: anything else (a FIFO, a device, a directory) is refused with
-// ToolError "<path>: not a regular file", since reading it could block or never end.
+// Library errors come out as ToolError naming the path.
 FileScan scanRecordFile(const std::string& path);
 // The same for `size` bytes of a stream, which is read once from front to back.
 FileScan scanRecordStream(std::istream& in, std::uint64_t size, const std::string& path);

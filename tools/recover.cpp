@@ -42,12 +42,8 @@ void printDropped(std::ostream& os, const std::string& file, const tq::eod::io::
 int runRecover(const ConvertOptions& options) {
     const OutputPath out(options.in, options.out);
     const bool directory = fs::is_directory(options.in);
-    std::vector<std::string> logs;
-    try {
-        logs = tq::eod::io::recordingLogFiles(options.in);
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(e.what());
-    }
+    const std::vector<std::string> logs =
+        orToolError("", [&] { return tq::eod::io::recordingLogFiles(options.in); });
     const fs::path temp = out.temporary();
     std::uint64_t kept = 0, dropped = 0;
     try {

@@ -158,14 +158,12 @@ int runServe(const ServeOptions& options) {
     const std::string where = options.host + " port " + std::to_string(options.port);
     tq::eod::io::InetAddress address(options.port);
     if (!address.setHost(options.host)) throw ToolError(options.host + ": unknown host");
-    try {
+    orToolError(where, [&] {
         listener.open();
         listener.setSocketFlag(TcpSocket::FLAG_REUSE_ADDRESS, true);
         listener.bind(address);
         listener.listen();
-    } catch (const tq::eod::EODError& e) {
-        throw ToolError(where + ": " + e.what());
-    }
+    });
     std::cerr << "eod serve: listening on port " << listener.getLocalAddress().getPort() << " ("
               << options.host << ")\n";
 

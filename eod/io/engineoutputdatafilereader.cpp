@@ -150,6 +150,18 @@ void EngineOutputDataFileReader::closeFiles() {
 
 std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(
     const std::wstring& directory, std::vector<std::wstring>& skipped) {
+    std::vector<std::wstring> files = listLogFiles(directory, skipped);
+    if (files.empty()) {
+        std::wstring search = directory;
+        if (!search.empty()) search += L'/';
+        throw EngineOutputDataFileError(
+            "EngineOutputDataFileReader::logFilesInDir - No logfiles found in " + detail::narrowPath(search));
+    }
+    return files;
+}
+
+std::vector<std::wstring> EngineOutputDataFileReader::listLogFiles(
+    const std::wstring& directory, std::vector<std::wstring>& skipped) {
     const std::string narrow = detail::narrowPath(directory);
     // Only a directory whose attributes cannot be told at all is rejected at this point; a
     // missing path or a plain file gets through and fails when it is listed.
@@ -174,10 +186,6 @@ std::vector<std::wstring> EngineOutputDataFileReader::logFilesInDir(
         (regular && !type_ec ? files : skipped).push_back(search + name);
     }
     if (ec) throwListingError(FIND_NEXT_FAILED, ec);
-    if (files.empty()) {
-        throw EngineOutputDataFileError(
-            "EngineOutputDataFileReader::logFilesInDir - No logfiles found in " + narrow_search);
-    }
     std::sort(files.begin(), files.end());
     std::sort(skipped.begin(), skipped.end());
     return files;

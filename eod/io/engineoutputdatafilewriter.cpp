@@ -171,6 +171,10 @@ std::wstring EngineOutputDataFileWriter::objectIDToFileName(char id) {
     return it->second;
 }
 
+bool EngineOutputDataFileWriter::hasObjectIDFileName(char id) {
+    return fileNames().count(id) > 0;
+}
+
 void EngineOutputDataFileWriter::registerObjectIDFileName(char id, std::wstring name) {
     fileNames()[id] = std::move(name);
 }

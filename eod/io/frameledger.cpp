@@ -1,9 +1,14 @@
-#include "frameledger.h"
+#include <eod/io/frameledger.h>
 
 #include <algorithm>
+#include <climits>
 #include <iterator>
 
-namespace eodtool {
+#include <eod/engineoutputdata.h>
+
+namespace tq {
+namespace eod {
+namespace io {
 
 namespace {
 
@@ -26,6 +31,11 @@ void keepExample(std::vector<T>& examples, const T& item) {
 }  // namespace
 
 bool FrameLedger::insertNumber(unsigned int n) {
+    // Frames mostly come in order, one after the other: extend the last run directly.
+    if (!_runs.empty() && _runs.rbegin()->second != UINT_MAX && _runs.rbegin()->second + 1 == n) {
+        ++_runs.rbegin()->second;
+        return true;
+    }
     auto next = _runs.upper_bound(n);
     if (next != _runs.begin()) {
         const auto previous = std::prev(next);
@@ -66,6 +76,24 @@ void FrameLedger::addFrame(unsigned int frame_num, std::uint64_t offset) {
     }
     if (!_has_last || frame_num > _last) _last = frame_num;
     _has_last = true;
+}
+
+void FrameLedger::record(const Serializable& record, std::uint64_t offset, std::uint64_t,
+                         unsigned int status) {
+    const auto* frame = dynamic_cast<const EngineOutputData*>(&record);
+    if (!frame) return;
+    addFrame(frame->frameNum(), offset);
+    if (status & Serializable::STATUS_UNKNOWN_OBJECT_ID) addFrameWithUnknownSubRecords(frame->frameNum());
+}
+
+void FrameLedger::unknownRecord(int object_id, std::uint64_t offset, std::uint64_t) {
+    addUnknownRecord(object_id, offset);
+}
+
+void FrameLedger::corruptRecord(std::uint64_t offset, std::uint64_t) { addCorruptRecord(offset); }
+
+void FrameLedger::truncatedTail(std::uint64_t offset, std::uint64_t size) {
+    setTruncatedTail(offset, size);
 }
 
 bool FrameLedger::hasFrameNum(unsigned int frame_num) const {
@@ -119,6 +147,13 @@ void FrameLedger::setTruncatedTail(std::uint64_t last_good_end, std::uint64_t si
     _tail_source = source;
     _last_good_end = last_good_end;
     _size = size;
+}
+
+std::vector<FrameLedger::Range> FrameLedger::frameRuns() const {
+    std::vector<Range> result;
+    result.reserve(_runs.size());
+    for (const auto& run : _runs) result.push_back({run.first, run.second});
+    return result;
 }
 
 std::vector<FrameLedger::Range> FrameLedger::gaps() const {
@@ -208,4 +243,6 @@ void FrameLedger::print(std::ostream& os, const std::string& indent) const {
     os << '\n';
 }
 
-}  // namespace eodtool
+}  // namespace io
+}  // namespace eod
+}  // namespace tq

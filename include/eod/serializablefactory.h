@@ -2,6 +2,7 @@
 #define EOD_SERIALIZABLEFACTORY_H
 
 #include <istream>
+#include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -32,6 +33,10 @@ public:
     static CreationFunction unregisterObjectType(char object_id);
 
     static boost::shared_ptr<Serializable> newObject(char object_id);
+
+    // The full class name ("tq::eod::HeadOutputDataV2") of the records registered for an
+    // id; empty when none is.
+    static std::string registeredTypeName(char object_id);
     static boost::shared_ptr<Serializable> newObjectWithStatus(char object_id,
                                                                unsigned int& status);
 

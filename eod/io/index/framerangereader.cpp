@@ -20,24 +20,18 @@ namespace io {
 
 namespace fs = std::filesystem;
 
-std::vector<std::string> recordingLogFiles(const std::string& path) {
+std::vector<std::string> recordingLogFiles(const std::string& path, std::vector<std::string>* skipped) {
     std::error_code ec;
     if (!fs::is_directory(fs::u8path(path), ec)) return {path};
+    std::vector<std::wstring> passed_over;
     std::vector<std::string> logs;
-    const std::string extension = detail::narrowPath(EngineOutputData::LOGFILE_EXTENSION());
-    fs::directory_iterator it(fs::u8path(path), ec);
-    for (const fs::directory_iterator end; !ec && it != end; it.increment(ec)) {
-        const std::string name = it->path().filename().u8string();
-        std::error_code type_ec;
-        if (name.size() > extension.size() &&
-            name.compare(name.size() - extension.size(), extension.size(), extension) == 0 &&
-            !it->is_directory(type_ec)) {
-            logs.push_back((fs::u8path(path) / fs::u8path(name)).u8string());
-        }
+    for (const std::wstring& log : EngineOutputDataFileReader::listLogFiles(detail::widePath(path), passed_over)) {
+        logs.push_back(detail::narrowPath(log));
     }
-    if (ec) throw EngineOutputDataFileError(path + ": cannot list directory");
+    if (skipped) {
+        for (const std::wstring& entry : passed_over) skipped->push_back(detail::narrowPath(entry));
+    }
     if (logs.empty()) throw EngineOutputDataFileError(path + ": no log files");
-    std::sort(logs.begin(), logs.end());
     return logs;
 }
 

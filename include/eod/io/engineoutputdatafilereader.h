@@ -126,8 +126,15 @@ class EngineOutputDataFileReader {
     bool areFilesOpen() const { return !_streams.empty(); }
     void closeFiles();
 
+    // The log files of a directory by the rule above, in that order, as openFiles finds
+    // them; entries passed over are added to `skipped`. The errors above, except that a
+    // directory without log files gives an empty list: for programs that ask whether a
+    // directory holds a recording.
+    static std::vector<std::wstring> listLogFiles(const std::wstring& directory,
+                                                  std::vector<std::wstring>& skipped);
+
   private:
-    // Entries passed over are added to `skipped`.
+    // listLogFiles, and the error for a directory without log files.
     static std::vector<std::wstring> logFilesInDir(const std::wstring& directory,
                                                    std::vector<std::wstring>& skipped);
     void openStreams(const std::vector<std::wstring>& paths);

@@ -83,6 +83,8 @@ class EngineOutputDataFileWriter {
     // register names before other threads open files.
     static std::wstring objectIDToFileName(char id);
     static void registerObjectIDFileName(char id, std::wstring name);
+    // Whether the table names the id: whether records of it are logged at all.
+    static bool hasObjectIDFileName(char id);
 
   private:
     void openStream(char id, const std::wstring& path, int bufferSize, const char* failureMessage);

@@ -1,5 +1,5 @@
-#ifndef EOD_TOOLS_FRAMELEDGER_H
-#define EOD_TOOLS_FRAMELEDGER_H
+#ifndef EOD_IO_FRAMELEDGER_H
+#define EOD_IO_FRAMELEDGER_H
 
 // What a sequence of frames says about itself: how many, which frame numbers, which are
 // missing, repeated or out of order, which records were skipped, and where the readable
@@ -9,6 +9,8 @@
 // numbers, and every other finding as a count with its first examples (at most
 // kMaxListed) and, for offsets, the last one. A file of ten million skipped records costs a
 // few counters.
+//
+// A ledger is also a RecordScanReporter: scanRecordFile(path, ledger) fills it from a file.
 
 #include <cstdint>
 #include <map>
@@ -16,12 +18,21 @@
 #include <string>
 #include <vector>
 
-namespace eodtool {
+#include <eod/io/recordfilescanner.h>
 
-class FrameLedger {
+namespace tq {
+namespace eod {
+namespace io {
+
+class FrameLedger : public RecordScanReporter {
 public:
     // Examples kept and printed per finding.
     static const std::size_t kMaxListed = 10;
+
+    struct Range {
+        unsigned int first;
+        unsigned int last;
+    };
 
     // Frames in the order they were read; `offset` is the byte offset of the frame's record.
     void addFrame(unsigned int frame_num, std::uint64_t offset);
@@ -38,6 +49,14 @@ public:
     // Adds the frame numbers of `other` that this ledger lacks, each as one frame: the
     // frames of a recording whose record types are logged in separate files.
     void mergeFrameNumbers(const FrameLedger& other);
+
+    // The scanner's findings: frames (other records are not the ledger's business), unknown
+    // and corrupt records, the torn tail.
+    void record(const Serializable& record, std::uint64_t offset, std::uint64_t bytes,
+                unsigned int status) override;
+    void unknownRecord(int object_id, std::uint64_t offset, std::uint64_t bytes) override;
+    void corruptRecord(std::uint64_t offset, std::uint64_t bytes) override;
+    void truncatedTail(std::uint64_t offset, std::uint64_t size) override;
 
     // Whether a frame of this number was read.
     bool hasFrameNum(unsigned int frame_num) const;
@@ -57,10 +76,8 @@ public:
     unsigned int firstFrameNum() const { return _runs.begin()->first; }
     unsigned int lastFrameNum() const { return _runs.rbegin()->second; }
 
-    struct Range {
-        unsigned int first;
-        unsigned int last;
-    };
+    // The frame numbers read, as runs of consecutive numbers in ascending order.
+    std::vector<Range> frameRuns() const;
     // Frame numbers between the smallest and the largest that never arrived.
     std::vector<Range> gaps() const;
     std::uint64_t numMissing() const;
@@ -111,6 +128,8 @@ private:
     std::uint64_t _size = 0;
 };
 
-}  // namespace eodtool
+}  // namespace io
+}  // namespace eod
+}  // namespace tq
 
 #endif

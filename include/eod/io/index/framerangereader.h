@@ -34,10 +34,12 @@ namespace tq {
 namespace eod {
 namespace io {
 
-// The log files of a recording in the order every reader merges them: for a directory its
-// *.tql entries sorted by name, for a file the file. EngineOutputDataFileError
-// "<path>: no log files" / "<path>: cannot list directory".
-std::vector<std::string> recordingLogFiles(const std::string& path);
+// The log files of a recording in the order every reader merges them: for a directory the
+// log files EngineOutputDataFileReader::listLogFiles finds (entries passed over are added to
+// `skipped` when given), for a file the file. Its errors, and EngineOutputDataFileError
+// "<path>: no log files" for a directory without any.
+std::vector<std::string> recordingLogFiles(const std::string& path,
+                                           std::vector<std::string>* skipped = nullptr);
 
 class FrameRangeReader {
   public:
