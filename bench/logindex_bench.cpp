@@ -1,16 +1,17 @@
 // Index files on a 400,000-frame recording (about 110 minutes at 60 Hz) of four small logs:
 // reading 10 frames from the middle through the index (FrameRangeReader) against the full
-// merge that reads every record to find them, and the counts `eod info` shows (records per
-// log, first and last frame number, merged frames) from the indexes alone. The range read
-// should take the same time whatever the recording's length.
+// merge that reads every record to find them, the same frames chosen by time, and `eod info`
+// answering from the indexes alone against reading every record. The range read should take
+// the same time whatever the recording's length.
 
 #include <stdlib.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <optional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@
 #include <eod/io/index/framerangereader.h>
 #include <eod/io/index/logindex.h>
 #include <eod/io/index/logindexwriter.h>
+#include <eod/io/index/timeseek.h>
 
 #include "tools/syntheticframe.h"
 
@@ -56,7 +58,14 @@ struct Recording {
             std::FILE* out = std::fopen(path.c_str(), "wb");
             LogIndexWriter index;
             index.open(path);
+            const auto timing = boost::dynamic_pointer_cast<TimingOutputData>(single.subObject(10));
             for (unsigned int n = 0; n < NUM_FRAMES; ++n) {
+                if (timing) {
+                    // Timing records carry their frame's time, for the seeks by time.
+                    timing->setExperimentTime(n / 60.0);
+                    record.clear();
+                    single.serialize(record);
+                }
                 record[frame_at] = static_cast<unsigned char>(n >> 24);
                 record[frame_at + 1] = static_cast<unsigned char>(n >> 16);
                 record[frame_at + 2] = static_cast<unsigned char>(n >> 8);
@@ -108,33 +117,49 @@ void BM_TenFramesFromTheMiddle_FullScan(benchmark::State& state) {
 }
 BENCHMARK(BM_TenFramesFromTheMiddle_FullScan)->Unit(benchmark::kMillisecond)->Iterations(1);
 
-// Records per log, first and last frame number, and the frames of the merged recording.
-void BM_InfoCountsFromTheIndex(benchmark::State& state) {
+// The same 10 frames chosen by time, 1/60 s apart: a binary search over the timing log's
+// index for the frame numbers, then the range read.
+void BM_TenFramesByTime_Index(benchmark::State& state) {
+    const std::string dir = recording().dir.string();
+    const double from = FIRST / 60.0, to = LAST / 60.0;
     for (auto _ : state) {
-        // Every log is in ascending order: the merged frame numbers are a union of sorted runs.
-        std::vector<unsigned int> merged_numbers, numbers, next;
-        std::size_t records = 0;
-        for (const std::string& path : recordingLogFiles(recording().dir.string())) {
-            const LogIndex index = LogIndex::openVerified(path);
-            if (index.origin() != LogIndex::Origin::INDEX_FILE) state.SkipWithError("index not believed");
-            records += index.size();
-            benchmark::DoNotOptimize(index.entry(0).frame_num + index.entry(index.size() - 1).frame_num);
-            numbers.clear();
-            for (std::size_t i = 0; i < index.size(); ++i) numbers.push_back(index.entry(i).frame_num);
-            next.clear();
-            std::set_union(merged_numbers.begin(), merged_numbers.end(), numbers.begin(),
-                           numbers.end(), std::back_inserter(next));
-            next.erase(std::unique(next.begin(), next.end()), next.end());
-            merged_numbers.swap(next);
+        const std::optional<FrameSpan> span = framesInTimeRange(dir, from, to);
+        if (!span) {
+            state.SkipWithError("no seek by time");
+            break;
         }
-        const std::size_t merged = merged_numbers.size();
-        if (merged != NUM_FRAMES || records != LOGS.size() * NUM_FRAMES) {
-            state.SkipWithError("wrong counts");
+        FrameRangeReader reader;
+        reader.open(dir);
+        reader.setRange(span->first, span->last);
+        std::size_t frames = 0;
+        while (const auto frame = reader.readData()) {
+            const auto timing = frame->typedSubObject<TimingOutputData>(10);
+            if (timing && timing->experimentTime() >= from && timing->experimentTime() <= to) ++frames;
         }
-        benchmark::DoNotOptimize(merged);
+        checkTen(state, frames);
     }
 }
-BENCHMARK(BM_InfoCountsFromTheIndex)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TenFramesByTime_Index)->Unit(benchmark::kMillisecond);
+
+// `eod info` of the recording as a user runs it: every answer from the index files. The
+// process start is included.
+void BM_EodInfoFromTheIndex(benchmark::State& state) {
+    const std::string command = std::string(EOD_TOOL_PATH) + " info " + recording().dir.string() + " >/dev/null";
+    for (auto _ : state) {
+        if (std::system(command.c_str()) != 0) state.SkipWithError("eod info failed");
+    }
+}
+BENCHMARK(BM_EodInfoFromTheIndex)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The same with --scan: every record read.
+void BM_EodInfoFullScan(benchmark::State& state) {
+    const std::string command =
+        std::string(EOD_TOOL_PATH) + " info --scan " + recording().dir.string() + " >/dev/null";
+    for (auto _ : state) {
+        if (std::system(command.c_str()) != 0) state.SkipWithError("eod info failed");
+    }
+}
+BENCHMARK(BM_EodInfoFullScan)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 
 }  // namespace
 

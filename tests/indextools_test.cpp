@@ -238,3 +238,50 @@ TEST_F(IndexTools, RecordWritesAnIndexBesideEveryLog) {
     expectIndexed(path("live"));
     EXPECT_EQ(io::LogIndex::open(path("live/Timing.tql")).size(), 90u);
 }
+
+TEST_F(IndexTools, InfoAnswersFromTheIndexAndScansWhatItCannotVouchFor) {
+    // A copy with gaps, so the summary has something to say: frames 0..39 without 10..14.
+    ASSERT_EQ(run("filter " + path("rec") + " " + path("a") + " --frames 0:9").status, 0);
+    ASSERT_EQ(run("filter " + path("rec") + " " + path("b") + " --frames 15:39").status, 0);
+    ASSERT_EQ(run("merge " + path("a") + " " + path("b") + " " + path("gappy")).status, 0);
+    expectIndexed(path("gappy"));
+    const Result indexed = run("info " + path("gappy"));
+    const Result scanned = run("info --scan " + path("gappy"));
+    ASSERT_EQ(indexed.status, 0) << indexed.err;
+    ASSERT_EQ(scanned.status, 0) << scanned.err;
+    EXPECT_NE(indexed.out.find("frames from the index file"), std::string::npos) << indexed.out;
+    EXPECT_EQ(scanned.out.find("frames from the index file"), std::string::npos) << scanned.out;
+    // The summary and the merged ledger are the same either way.
+    const auto head = [](const std::string& out) { return out.substr(0, out.find("\n\n")); };
+    EXPECT_EQ(head(indexed.out), head(scanned.out));
+    EXPECT_NE(indexed.out.find("frames: 35, frame numbers 0..39"), std::string::npos) << indexed.out;
+    EXPECT_NE(indexed.out.find("merged gaps: 5 missing frame numbers: 10-14"), std::string::npos)
+        << indexed.out;
+    EXPECT_NE(indexed.out.find("mean frame rate"), std::string::npos) << indexed.out;
+
+    // Bytes the index does not cover are read: the torn tail is reported as a scan finds it.
+    std::vector<unsigned char> timing = eodtest::readFile(path("gappy/Timing.tql"));
+    timing.insert(timing.end(), {9, 0, 40});
+    eodtest::writeFile(path("gappy/Timing.tql"), timing);
+    const Result torn = run("info " + path("gappy"));
+    ASSERT_EQ(torn.status, 0) << torn.err;
+    EXPECT_NE(torn.out.find("Timing.tql: " + std::to_string(timing.size()) +
+                            " bytes, 35 records\n  frames: 35"),
+              std::string::npos)
+        << torn.out;
+    EXPECT_NE(torn.out.find("the file ends inside a record"), std::string::npos) << torn.out;
+}
+
+TEST_F(IndexTools, CatByTimeSeeksThroughTheIndexAndKeepsExactlyTheFramesInRange) {
+    ASSERT_EQ(run("recover " + path("rec") + " " + path("indexed")).status, 0);
+    expectIndexed(path("indexed"));
+    for (const std::string& range : {"0.1:0.2", "0:0", "0.3:", ":0.05", "100:200"}) {
+        const Result scanned = run("cat --time " + range + " " + path("rec"));
+        const Result seeked = run("cat --time " + range + " " + path("indexed"));
+        ASSERT_EQ(scanned.status, 0) << scanned.err;
+        EXPECT_EQ(seeked.status, 0) << seeked.err;
+        EXPECT_EQ(seeked.out, scanned.out) << range;
+        const Result jsonl = run("cat --format jsonl --time " + range + " " + path("indexed"));
+        EXPECT_EQ(jsonl.out, run("cat --format jsonl --time " + range + " " + path("rec")).out) << range;
+    }
+}
