@@ -158,7 +158,10 @@ std::optional<FileScan> indexScan(const std::string& log) {
         scan.size = index.logSize();
         scan.records = scan.known_records = index.size();
         scan.from_index = true;
-        for (const auto& entry : index.entries()) scan.ledger.addFrame(entry.frame_num, entry.offset);
+        for (std::size_t i = 0; i < index.size(); ++i) {
+            const tq::eod::io::LogIndexEntry entry = index.entry(i);
+            scan.ledger.addFrame(entry.frame_num, entry.offset);
+        }
         return scan;
     } catch (const tq::eod::EODError&) {
         // An index that cannot be read is no index: the log is scanned.

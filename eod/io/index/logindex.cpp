@@ -102,7 +102,8 @@ bool LogIndex::believeIndexFile() {
 
 bool LogIndex::verifyFileEntries() {
     const std::size_t count = static_cast<std::size_t>(_file_count);
-    std::vector<LogIndexEntry> entries(count);
+    std::vector<LogIndexEntry> entries;
+    entries.reserve(count);
     std::ifstream& in = _file->index;
     in.clear();
     in.seekg(static_cast<std::streamoff>(detail::INDEX_HEADER_SIZE));
@@ -119,9 +120,9 @@ bool LogIndex::verifyFileEntries() {
         crc = detail::crc32Of(crc, bytes, n * detail::INDEX_ENTRY_SIZE);
         for (std::size_t k = 0; k < n; ++k, ++done) {
             const LogIndexEntry e = decodeEntry(bytes + k * detail::INDEX_ENTRY_SIZE);
-            if (done == 0 ? e.offset != 0 : e.offset <= entries[done - 1].offset) return false;
-            if (done > 0 && e.frame_num < entries[done - 1].frame_num) monotonic = false;
-            entries[done] = e;
+            if (done == 0 ? e.offset != 0 : e.offset <= entries.back().offset) return false;
+            if (done > 0 && e.frame_num < entries.back().frame_num) monotonic = false;
+            entries.push_back(e);
         }
     }
     if (crc != _entries_crc || monotonic != _monotonic) return false;
