@@ -275,7 +275,8 @@ TEST_F(IndexTools, InfoAnswersFromTheIndexAndScansWhatItCannotVouchFor) {
 TEST_F(IndexTools, CatByTimeSeeksThroughTheIndexAndKeepsExactlyTheFramesInRange) {
     ASSERT_EQ(run("recover " + path("rec") + " " + path("indexed")).status, 0);
     expectIndexed(path("indexed"));
-    for (const std::string& range : {"0.1:0.2", "0:0", "0.3:", ":0.05", "100:200"}) {
+    for (const char* text : {"0.1:0.2", "0:0", "0.3:", ":0.05", "100:200"}) {
+        const std::string range = text;
         const Result scanned = run("cat --time " + range + " " + path("rec"));
         const Result seeked = run("cat --time " + range + " " + path("indexed"));
         ASSERT_EQ(scanned.status, 0) << scanned.err;
