@@ -148,20 +148,27 @@ bool Serializable::readDataSizeHeader(const std::vector<unsigned char>& buffer, 
     return true;
 }
 
-bool Serializable::unSerialize(const std::vector<unsigned char>& buffer, int& read_pos) {
-    EOD_REQUIRE(read_pos >= 0, "negative read_pos");
-    int p = read_pos;
+bool Serializable::openRecord(const std::vector<unsigned char>& buffer, int& p,
+                              unsigned int& data_size) const {
+    EOD_REQUIRE(p >= 0, "negative read_pos");
     if (detail::bytesRemaining(buffer, p) < minHeaderBytes()) return false;
     if (static_cast<char>(buffer[static_cast<std::size_t>(p)]) != objectID()) {
         throw SerializableError(
             "Serializable::unSerialize() - objectid in buffer does not match this object.");
     }
     ++p;
+    return readDataSizeHeader(buffer, p, &data_size);
+}
+
+bool Serializable::unSerialize(const std::vector<unsigned char>& buffer, int& read_pos) {
+    int p = read_pos;
     unsigned int data_size = 0;
-    if (!readDataSizeHeader(buffer, p, &data_size)) return false;
+    if (!openRecord(buffer, p, data_size)) return false;
     const int start = p;
-    const NestingGuard nesting;
-    readFromBuffer(buffer, p);
+    {
+        const NestingGuard nesting;
+        readFromBuffer(buffer, p);
+    }
     if (static_cast<unsigned int>(p - start) != data_size) {
         throw SerializableError("Serializable::unSerialize() - data_size in header wrong.");
     }
@@ -171,19 +178,9 @@ bool Serializable::unSerialize(const std::vector<unsigned char>& buffer, int& re
 
 void Serializable::unSerializeWithStatus(const std::vector<unsigned char>& buffer, int& read_pos,
                                          unsigned int& status) {
-    EOD_REQUIRE(read_pos >= 0, "negative read_pos");
     int p = read_pos;
-    if (detail::bytesRemaining(buffer, p) < minHeaderBytes()) {
-        status |= STATUS_NOT_ENOUGH_DATA;
-        return;
-    }
-    if (static_cast<char>(buffer[static_cast<std::size_t>(p)]) != objectID()) {
-        throw SerializableError(
-            "Serializable::unSerialize() - objectid in buffer does not match this object.");
-    }
-    ++p;
     unsigned int data_size = 0;
-    if (!readDataSizeHeader(buffer, p, &data_size)) {
+    if (!openRecord(buffer, p, data_size)) {
         status |= STATUS_NOT_ENOUGH_DATA;
         return;
     }

@@ -137,6 +137,11 @@ protected:
 private:
     friend class SerializableComposite;
 
+    // The part both read forms share: a usage error for a negative position, the id check
+    // (which throws in both), and the size header. False when the header or the data it
+    // announces is not all in the buffer; else p is just after the header.
+    bool openRecord(const std::vector<unsigned char>& buffer, int& p, unsigned int& data_size) const;
+
     // Header and data of a sub-record. The size field is filled in after the data is
     // written, so a sub-record is sized beforehand only when its parent is 65535 bytes or
     // longer (it may then need the long header); nested records are not sized once per level.
