@@ -22,8 +22,8 @@
 #include <eod/io/zlibencoder.h>
 
 #include "benchratios.h"
-#include "tools/syntheticframe.h"
-#include "tools/syntheticimage.h"
+#include "testing/syntheticframe.h"
+#include "testing/syntheticimage.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -41,7 +41,7 @@ const unsigned int FRAMES_PER_GROUP = 16;
 const std::vector<boost::shared_ptr<EngineOutputData>>& frames() {
     static const std::vector<boost::shared_ptr<EngineOutputData>> f = [] {
         std::vector<boost::shared_ptr<EngineOutputData>> v;
-        for (unsigned int n = 0; n < NUM_FRAMES; ++n) v.push_back(eodtool::syntheticFrame(n));
+        for (unsigned int n = 0; n < NUM_FRAMES; ++n) v.push_back(eodtesting::syntheticFrame(n));
         return v;
     }();
     return f;
@@ -50,7 +50,7 @@ const std::vector<boost::shared_ptr<EngineOutputData>>& frames() {
 const std::vector<boost::shared_ptr<ImageOutputData>>& images() {
     static const std::vector<boost::shared_ptr<ImageOutputData>> i = [] {
         std::vector<boost::shared_ptr<ImageOutputData>> v;
-        for (unsigned int n = 0; n < NUM_IMAGES; ++n) v.push_back(eodtool::syntheticEyeImage(n));
+        for (unsigned int n = 0; n < NUM_IMAGES; ++n) v.push_back(eodtesting::syntheticEyeImage(n));
         return v;
     }();
     return i;
@@ -134,7 +134,7 @@ void BM_Images(benchmark::State& state, const std::string& codec) {
             decoder->decode(out.data(), static_cast<unsigned int>(out.size()));
             unsigned int status = 0;
             const DecoderData item = decoder->getNextWithStatus(status);
-            psnr_sum += eodtool::imagePsnr(*images()[n],
+            psnr_sum += eodtesting::imagePsnr(*images()[n],
                                            dynamic_cast<const ImageOutputData&>(*item.record));
             state.ResumeTiming();
         }

@@ -16,7 +16,7 @@
 #include <eod/eod.h>
 
 #include "benchratios.h"
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -31,7 +31,7 @@ const int kFramesPerWrite = 64;
 // A typical frame of the synthetic engine (1549 bytes).
 Bytes encodeFrame() {
     Bytes bytes;
-    eodtool::syntheticFrame(12345)->serialize(bytes);
+    eodtesting::syntheticFrame(12345)->serialize(bytes);
     return bytes;
 }
 

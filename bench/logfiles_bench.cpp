@@ -16,7 +16,7 @@
 #include <eod/eod.h>
 
 #include "benchratios.h"
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -47,7 +47,7 @@ struct Setup {
         if (mkdtemp(pattern.data()) == nullptr) std::abort();
         dir = pattern;
         for (unsigned int i = 0; i < NUM_DISTINCT_FRAMES; ++i) {
-            frames.push_back(eodtool::syntheticFrame(i));
+            frames.push_back(eodtesting::syntheticFrame(i));
         }
         for (unsigned int i = 0; i < NUM_FRAMES; ++i) {
             const EngineOutputData& frame = *frames[i % NUM_DISTINCT_FRAMES];

@@ -24,7 +24,7 @@
 #include <eod/io/index/logindexwriter.h>
 #include <eod/io/index/timeseek.h>
 
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -47,7 +47,7 @@ struct Recording {
         std::string pattern = (fs::temp_directory_path() / "eod_indexbench_XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) std::abort();
         dir = pattern;
-        const boost::shared_ptr<EngineOutputData> source = eodtool::syntheticFrame(1);
+        const boost::shared_ptr<EngineOutputData> source = eodtesting::syntheticFrame(1);
         for (const auto& log : LOGS) {
             EngineOutputData single;
             single.addSubObject(boost::shared_ptr<Serializable>(source->subObject(log.first)->clone()));

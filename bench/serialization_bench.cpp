@@ -11,9 +11,9 @@
 
 #include <eod/eod.h>
 
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
-#include "tools/syntheticframe.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
+#include "testing/syntheticframe.h"
 
 using namespace tq::eod;
 
@@ -195,7 +195,7 @@ void BM_Decode_Frame(benchmark::State& state) { decode(state, typicalFrame(int(s
 
 // A frame of the synthetic engine: face, eyes, world intersections and the rest (~1.5 KB).
 const EngineOutputData& syntheticFrame() {
-    static const boost::shared_ptr<EngineOutputData> frame = eodtool::syntheticFrame(12345);
+    static const boost::shared_ptr<EngineOutputData> frame = eodtesting::syntheticFrame(12345);
     return *frame;
 }
 void BM_Memcpy_Synthetic(benchmark::State& state) { copy(state, syntheticFrame()); }

@@ -21,9 +21,9 @@
 #include <eod/eod.h>
 
 #include "benchratios.h"
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
-#include "tools/syntheticframe.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/textcolumns.h"
+#include "testing/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -107,7 +107,7 @@ struct Setup {
 
     Setup() {
         for (unsigned int i = 0; i < NUM_DISTINCT_FRAMES; ++i) {
-            frames.push_back(eodtool::syntheticFrame(i));
+            frames.push_back(eodtesting::syntheticFrame(i));
             Bytes bytes;
             frames.back()->serialize(bytes);
             opaque.emplace_back(bytes);

@@ -1,11 +1,11 @@
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 #include <algorithm>
 #include <climits>
 
 #include <eod/serializableerror.h>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -2,8 +2,8 @@
 
 #include <eod/serializableerror.h>
 
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -1,7 +1,7 @@
 #include <eod/compressedserializabletoken.h>
 
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

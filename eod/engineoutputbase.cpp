@@ -1,7 +1,7 @@
 #include <eod/engineoutputbase.h>
 
-#include "eod/bytecodec.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

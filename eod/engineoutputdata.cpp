@@ -16,8 +16,8 @@
 #include <eod/upgrade.h>
 #include <eod/worldoutputdatav2.h>
 
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -1,8 +1,8 @@
 #include <eod/enginestateoutputdata.h>
 
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

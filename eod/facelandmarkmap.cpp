@@ -1,12 +1,12 @@
-#include "eod/facelandmarkmap.h"
+#include "eod/detail/facelandmarkmap.h"
 
 #include <cstdint>
 #include <string>
 
 #include <eod/serializableerror.h>
 
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -1,8 +1,8 @@
 #include <eod/faceoutputdata.h>
 
-#include "eod/facelandmarkmap.h"
-#include "eod/replacesubobject.h"
-#include "eod/usageerror.h"
+#include "eod/detail/facelandmarkmap.h"
+#include "eod/detail/replacesubobject.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

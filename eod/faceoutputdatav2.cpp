@@ -1,9 +1,9 @@
 #include <eod/faceoutputdatav2.h>
 
-#include "eod/facelandmarkmap.h"
-#include "eod/fieldcodec.h"
-#include "eod/replacesubobject.h"
-#include "eod/usageerror.h"
+#include "eod/detail/facelandmarkmap.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/replacesubobject.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,4 +1,4 @@
-#include "eod/featurechildren.h"
+#include "eod/detail/featurechildren.h"
 
 #include <string>
 #include <typeinfo>
@@ -9,7 +9,7 @@
 #include <eod/serializableerror.h>
 #include <eod/serializablefactory.h>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 namespace tq {
 namespace eod {

@@ -1,6 +1,6 @@
 #include <eod/featureline.h>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -2,8 +2,8 @@
 
 #include <cassert>
 
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

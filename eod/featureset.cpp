@@ -4,9 +4,9 @@
 
 #include <eod/featureoutputdata.h>
 
-#include "eod/featurechildren.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/featurechildren.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

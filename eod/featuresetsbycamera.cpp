@@ -1,7 +1,7 @@
 #include <eod/featuresetsbycamera.h>
 
-#include "eod/featurechildren.h"
-#include "eod/usageerror.h"
+#include "eod/detail/featurechildren.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,8 +1,8 @@
 #include <eod/gazeintersectionoutputdatabase.h>
 #include <eod/gazeintersectionoutputdatav2.h>
 
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,8 +1,8 @@
 #include <eod/gpsoutputdatav2.h>
 
-#include "eod/fieldcodec.h"
-#include "eod/gpscoordinatefields.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/gpscoordinatefields.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -1,7 +1,7 @@
 #include <eod/headintersectionoutputdatav1.h>
 
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -2,9 +2,9 @@
 
 #include <eod/serializableerror.h>
 
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

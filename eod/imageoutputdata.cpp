@@ -8,11 +8,11 @@
 
 #include <eod/serializableerror.h>
 
-#include "eod/alignedalloc.h"
-#include "eod/bytecodec.h"
-#include "eod/setterchecks.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/alignedalloc.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/setterchecks.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,7 +1,7 @@
 #include <eod/inertiaoutputdata.h>
 
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -2,9 +2,9 @@
 
 #include <type_traits>
 
-#include "eod/fieldcodec.h"
-#include "eod/setterchecks.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/setterchecks.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -2,9 +2,9 @@
 
 #include <cassert>
 
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

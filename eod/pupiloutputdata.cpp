@@ -2,10 +2,10 @@
 
 #include <cassert>
 
-#include "eod/fieldcodec.h"
-#include "eod/setterchecks.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/setterchecks.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -2,7 +2,7 @@
 
 #include <eod/serializable.h>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 namespace tq {
 namespace eod {

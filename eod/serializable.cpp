@@ -6,8 +6,8 @@
 
 #include <eod/serializableerror.h>
 
-#include "eod/bytecodec.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

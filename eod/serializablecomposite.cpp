@@ -7,8 +7,8 @@
 
 #include <eod/serializablefactory.h>
 
-#include "eod/bytecodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

@@ -11,10 +11,10 @@
 
 #include <eod/serializableerror.h>
 
-#include "eod/bytecodec.h"
-#include "eod/startupregistrations.h"
-#include "eod/streamrecord.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/startupregistrations.h"
+#include "eod/detail/streamrecord.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,4 +1,4 @@
-#include "eod/startupregistrations.h"
+#include "eod/detail/startupregistrations.h"
 
 #include <eod/compressedserializable.h>
 #include <eod/compressedserializabletoken.h>

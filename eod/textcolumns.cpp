@@ -1,4 +1,4 @@
-#include "eod/textcolumns.h"
+#include "eod/detail/textcolumns.h"
 
 #include <charconv>
 #include <cstring>

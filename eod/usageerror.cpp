@@ -1,4 +1,4 @@
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 #include <algorithm>
 #include <sstream>

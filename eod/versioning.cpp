@@ -26,7 +26,7 @@
 #include <eod/worldoutputdata.h>
 #include <eod/worldoutputdatav2.h>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -20,7 +20,7 @@
 #include <eod/io/index/logindex.h>
 #include <eod/timingoutputdata.h>
 
-#include "eod/io/index/indexformat.h"
+#include "eod/io/index/detail/indexformat.h"
 #include "fuzz/fuzzing.h"
 
 using eodfuzz::Bytes;

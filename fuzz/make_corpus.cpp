@@ -24,7 +24,7 @@
 #include <string>
 #include <vector>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 #include "fuzz/fuzzing.h"
 
 using namespace tq::eod;

@@ -16,7 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 #include "fuzz/fuzzing.h"
 
 using eodfuzz::Bytes;

@@ -9,8 +9,8 @@
 
 #include <eod/eod.h>
 
-#include "eod/bytecodec.h"
-#include "eod/fieldcodec.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/fieldcodec.h"
 #include "recordtesting.h"
 #include "testrecord.h"
 

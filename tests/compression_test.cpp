@@ -17,12 +17,12 @@
 #include <filesystem>
 #include <map>
 
-#include "eod/bytecodec.h"
-#include "eod/io/compress/bytestream.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/io/compress/detail/bytestream.h"
 #include "recordtesting.h"
 #include "testfiles.h"
-#include "tools/syntheticframe.h"
-#include "tools/syntheticimage.h"
+#include "testing/syntheticframe.h"
+#include "testing/syntheticimage.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ std::vector<boost::shared_ptr<Serializable>> everyRecordType() {
         boost::shared_ptr<Serializable> r = SerializableFactory::newObject(static_cast<char>(id));
         if (r) records.push_back(r);
     }
-    for (unsigned int n = 0; n < 20; ++n) records.push_back(eodtool::syntheticFrame(n * 7));
+    for (unsigned int n = 0; n < 20; ++n) records.push_back(eodtesting::syntheticFrame(n * 7));
     return records;
 }
 
@@ -89,7 +89,7 @@ TEST(Codecs, CompressorHandsOutRecordsTheDecompressorTakesBack) {
     SerializableDecompressor decompressor("zstd");
     EXPECT_FALSE(compressor.getNext());
     for (unsigned int n = 0; n < 5; ++n) {
-        compressor.compress(*eodtool::syntheticFrame(n), n);
+        compressor.compress(*eodtesting::syntheticFrame(n), n);
         compressor.flush();
         const boost::shared_ptr<CompressedSerializable> chunk = compressor.getNext();
         ASSERT_TRUE(chunk);
@@ -100,7 +100,7 @@ TEST(Codecs, CompressorHandsOutRecordsTheDecompressorTakesBack) {
         decompressor.decompress(*copy);
         const boost::shared_ptr<Serializable> frame = decompressor.getNext();
         ASSERT_TRUE(frame);
-        EXPECT_EQ(encode(*frame), encode(*eodtool::syntheticFrame(n)));
+        EXPECT_EQ(encode(*frame), encode(*eodtesting::syntheticFrame(n)));
         EXPECT_FALSE(decompressor.getNext());
     }
 }
@@ -139,7 +139,7 @@ Bytes framed(const Serializable& record, unsigned int tag, std::uint32_t crc_del
 }
 
 TEST(Codecs, ZstdDecoderRejectsBadFramesAndRecovers) {
-    const Frame record = eodtool::syntheticFrame(3);
+    const Frame record = eodtesting::syntheticFrame(3);
     struct Case {
         Bytes plain;
         const char* message;
@@ -207,7 +207,7 @@ TEST(ImageCodecs, Vp8EyeImagesKeepPsnrAbove38AcrossGeometryChanges) {
     auto encoder = SerializableCompressorEncoderFactory::create(CodecSettings("vp8"));
     auto decoder = SerializableCompressorDecoderFactory::create("vp8");
     for (unsigned int n = 0; n < 12; ++n) {
-        boost::shared_ptr<ImageOutputData> image = eodtool::syntheticEyeImage(n);
+        boost::shared_ptr<ImageOutputData> image = eodtesting::syntheticEyeImage(n);
         if (n >= 8) {  // a smaller crop of the same scene: a new geometry mid-stream
             ImageOutputData crop;
             crop.setNewImage(320, 240, 640, image->rawData(), image->imageFormat());
@@ -222,7 +222,7 @@ TEST(ImageCodecs, Vp8EyeImagesKeepPsnrAbove38AcrossGeometryChanges) {
         const auto back = boost::dynamic_pointer_cast<ImageOutputData>(item.record);
         ASSERT_TRUE(back);
         EXPECT_EQ(back->width(), image->width());
-        EXPECT_GE(eodtool::imagePsnr(*image, *back), 38.0) << "frame " << n;
+        EXPECT_GE(eodtesting::imagePsnr(*image, *back), 38.0) << "frame " << n;
     }
 }
 
@@ -292,7 +292,7 @@ TEST(Profiles, BuiltInAndUserProfiles) {
 // ---- Container
 
 Frame makeFrameWithImages(unsigned int n) {
-    Frame frame = eodtool::syntheticFrameWithImage(n);
+    Frame frame = eodtesting::syntheticFrameWithImage(n);
     // A second, non-grey image with padding: lossless under every profile.
     boost::shared_ptr<ImageOutputData> colour(new ImageOutputData);
     Bytes pixels(30 * 20);
@@ -316,7 +316,7 @@ void writeFrames(const std::string& path, const std::string& profile, unsigned i
     CompressingFileWriter writer;
     writer.open(path, CompressionProfileRegistry::profile(profile));
     for (unsigned int n = 0; n < count; ++n) {
-        writer.writeFrame(images ? *frameWithImages(n) : *eodtool::syntheticFrame(n));
+        writer.writeFrame(images ? *frameWithImages(n) : *eodtesting::syntheticFrame(n));
     }
     if (close) writer.close();
 }
@@ -353,7 +353,7 @@ TEST(Container, FramesComeBackExactOrWithinPsnr) {
             const Frame original = frameWithImages(n);
             if (std::string(profile) == "compact") {
                 EXPECT_EQ(withoutGreyPixels(*frame), withoutGreyPixels(*original));
-                EXPECT_GE(eodtool::imagePsnr(*original->imagesOutputData()->image(0),
+                EXPECT_GE(eodtesting::imagePsnr(*original->imagesOutputData()->image(0),
                                *frame->imagesOutputData()->image(0)),
                           38.0);
             } else {
@@ -395,7 +395,7 @@ TEST(Container, SeekGivesTheSameFramesAsReadingOn) {
             reader.seekToFrame(n);
             const Frame frame = reader.readFrame();
             ASSERT_TRUE(frame);
-            EXPECT_EQ(encode(*frame), encode(*eodtool::syntheticFrame(n)));
+            EXPECT_EQ(encode(*frame), encode(*eodtesting::syntheticFrame(n)));
         }
         EXPECT_USAGE_ERROR(reader.seekToFrame(75), "io/compress/decompressingfilereader",
                            "frame ordinal out of range");
@@ -414,7 +414,7 @@ TEST(Container, TornFileReadsUpToItsLastCompleteFrame) {
         reader.open(torn);
         unsigned int n = 0;
         while (const Frame frame = reader.readFrame()) {
-            EXPECT_EQ(frame->frameNum(), eodtool::syntheticFrame(n)->frameNum());
+            EXPECT_EQ(frame->frameNum(), eodtesting::syntheticFrame(n)->frameNum());
             ++n;
         }
         EXPECT_EQ(reader.numFrames(), n);
@@ -489,7 +489,7 @@ TEST(Container, FramesGoOutInGroupsAndAtFlush) {
         EXPECT_FALSE(reader.hasIndex());
         return n;
     };
-    for (unsigned int n = 0; n < 6; ++n) writer.writeFrame(*eodtool::syntheticFrame(n));
+    for (unsigned int n = 0; n < 6; ++n) writer.writeFrame(*eodtesting::syntheticFrame(n));
     // Frames 4 and 5 wait for their group; the first group may still be in the stream buffer.
     EXPECT_LE(framesOnDisk(), 4u);
     writer.flush();

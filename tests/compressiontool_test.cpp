@@ -11,7 +11,7 @@
 #include "eodtoolrun.h"
 #include "recordtesting.h"
 #include "testfiles.h"
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 namespace fs = std::filesystem;
 using eodtest::EodTool;
@@ -44,7 +44,7 @@ TEST_F(EodTool, RecordingThroughAContainerComesBackFrameForFrame) {
             unsigned int status = 0;
             const auto frame = reader.read(status);
             ASSERT_TRUE(frame);
-            EXPECT_EQ(eodtest::encode(*frame), eodtest::encode(*eodtool::syntheticFrame(n++)));
+            EXPECT_EQ(eodtest::encode(*frame), eodtest::encode(*eodtesting::syntheticFrame(n++)));
         }
         EXPECT_EQ(n, 45u);
         EXPECT_EQ(leftoverPartials(), 0);

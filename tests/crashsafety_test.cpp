@@ -22,7 +22,7 @@
 
 #include "recordtesting.h"
 #include "testfiles.h"
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;
@@ -41,7 +41,7 @@ const std::vector<char> kLoggedIds = {10, 15, 16, 32, 35, 40, 43, 93};
 // the camera and the face set is missing, so the face, head and eye logs lag behind the
 // others.
 FramePtr engineFrame(unsigned int i) {
-    FramePtr frame = eodtool::syntheticFrame(i);
+    FramePtr frame = eodtesting::syntheticFrame(i);
     if (i / 8 % 3 == 2) frame->removeSubObject(FaceSetOutputData::THIS_OBJECT_ID);
     return frame;
 }

@@ -6,7 +6,7 @@
 
 #include <eod/eod.h>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 #include "recordtesting.h"
 
 using namespace tq::eod;

@@ -10,7 +10,7 @@
 #include <eod/utils/geomutils.h>
 #include <eod/utils/geomutilserror.h>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 #include "recordtesting.h"
 
 using namespace tq::eod;

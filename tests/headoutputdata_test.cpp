@@ -10,7 +10,7 @@
 #include <eod/headoutputdatav2.h>
 #include <eod/utils/geomutils.h>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 #include "recordtesting.h"
 
 using namespace tq::eod;

@@ -24,9 +24,9 @@
 #include <eod/io/index/recordingindexwriter.h>
 #include <eod/timingoutputdata.h>
 
-#include "eod/io/index/indexformat.h"
+#include "eod/io/index/detail/indexformat.h"
 #include "testfiles.h"
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 namespace fs = std::filesystem;
 using namespace tq::eod;
@@ -62,7 +62,7 @@ class LogIndexTest : public ::testing::Test {
         logs.newFiles(kIds, dir, "", 4096);
         indexes.newFiles(kIds, dir, "");
         for (unsigned int n : numbers) {
-            boost::shared_ptr<EngineOutputData> frame = eodtool::syntheticFrame(n);
+            boost::shared_ptr<EngineOutputData> frame = eodtesting::syntheticFrame(n);
             if (n % 5 == 3) frame->removeSubObject(FaceSetOutputData::THIS_OBJECT_ID);
             logs.writeData(*frame);
             indexes.writeData(*frame);
@@ -187,7 +187,7 @@ TEST_F(LogIndexTest, StaleTruncatedOrLyingIndexFallsBackToTheLog) {
              std::vector<unsigned char> more;
              EngineOutputData frame;
              frame.setFrameNum(400);
-             frame.addSubObject(eodtool::syntheticFrame(400)->subObject(FaceSetOutputData::THIS_OBJECT_ID));
+             frame.addSubObject(eodtesting::syntheticFrame(400)->subObject(FaceSetOutputData::THIS_OBJECT_ID));
              frame.serialize(more);
              std::ofstream(t.log("FaceSet.tql"), std::ios_base::app | std::ios_base::binary)
                  .write(reinterpret_cast<const char*>(more.data()), static_cast<std::streamsize>(more.size()));
@@ -262,8 +262,8 @@ TEST_F(LogIndexTest, IndexFlushedBeforeItsLogCoversWhatIsOnDisk) {
     logs.newFiles({10}, rec(), "", 1 << 16);
     indexes.newFiles({10}, rec(), "");
     for (unsigned int n = 0; n < 20; ++n) {
-        logs.writeData(*eodtool::syntheticFrame(n));
-        indexes.writeData(*eodtool::syntheticFrame(n));
+        logs.writeData(*eodtesting::syntheticFrame(n));
+        indexes.writeData(*eodtesting::syntheticFrame(n));
     }
     indexes.flush();  // nothing of the log on disk yet
     EXPECT_EQ(LogIndex::open(log("Timing.tql")).size(), 0u);

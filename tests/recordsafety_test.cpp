@@ -33,7 +33,7 @@
 
 #include "eodtoolrun.h"
 #include "nettesthelpers.h"
-#include "tools/syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 namespace fs = std::filesystem;
 using eodtest::EodTool;
@@ -46,7 +46,7 @@ extern char** environ;
 namespace {
 
 Bytes frameBytes(unsigned int n, bool with_faces = true) {
-    boost::shared_ptr<tq::eod::EngineOutputData> frame = eodtool::syntheticFrame(n);
+    boost::shared_ptr<tq::eod::EngineOutputData> frame = eodtesting::syntheticFrame(n);
     if (!with_faces) frame->removeSubObject(tq::eod::FaceSetOutputData::THIS_OBJECT_ID);
     Bytes bytes;
     frame->serialize(bytes);

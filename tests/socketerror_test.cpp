@@ -7,7 +7,7 @@
 
 #include <eod/eod.h>
 
-#include "eod/io/netplatform.h"
+#include "eod/io/detail/netplatform.h"
 
 using namespace tq::eod;
 using namespace tq::eod::io;

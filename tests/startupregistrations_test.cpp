@@ -9,7 +9,7 @@
 
 #include <eod/eod.h>
 
-#include "eod/startupregistrations.h"
+#include "eod/detail/startupregistrations.h"
 
 using namespace tq::eod;
 

@@ -17,9 +17,9 @@
 #include <utility>
 #include <vector>
 
-#include "eod/bytecodec.h"
-#include "eod/fieldcodec.h"
-#include "eod/textcolumns.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/fieldcodec.h"
+#include "eod/detail/textcolumns.h"
 
 namespace eodtest {
 

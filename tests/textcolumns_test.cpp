@@ -6,7 +6,7 @@
 
 #include <eod/eod.h>
 
-#include "eod/textcolumns.h"
+#include "eod/detail/textcolumns.h"
 #include "recordtesting.h"
 #include "testrecord.h"
 

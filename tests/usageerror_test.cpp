@@ -4,7 +4,7 @@
 
 #include <eod/eod.h>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 #include "recordtesting.h"
 
 using namespace tq::eod;

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 #include "recordtesting.h"
 
 using namespace tq::eod;

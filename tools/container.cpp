@@ -22,7 +22,7 @@
 
 #include "commands.h"
 #include "framesource.h"
-#include "syntheticimage.h"
+#include "testing/syntheticimage.h"
 #include "temporaryoutput.h"
 #include "toolerror.h"
 
@@ -98,7 +98,7 @@ int runDemoImages(const DemoOptions& options) {
             tq::eod::io::CompressingFileWriter writer;
             writer.open(path, tq::eod::io::CompressionProfileRegistry::profile("compact"));
             for (unsigned int n = 0; n < options.frames; ++n) {
-                const Frame frame = syntheticFrameWithImage(n);
+                const Frame frame = eodtesting::syntheticFrameWithImage(n);
                 raw_bytes += frame->numTotalBytes();
                 const Clock::time_point start = Clock::now();
                 writer.writeFrame(*frame);
@@ -119,13 +119,13 @@ int runDemoImages(const DemoOptions& options) {
                 }
                 break;
             }
-            const Frame original = syntheticFrameWithImage(n);
+            const Frame original = eodtesting::syntheticFrameWithImage(n);
             if (withoutPixels(*frame) != withoutPixels(*original)) {
                 throw ToolError(path + ": frame " + std::to_string(n) +
                                 " did not come back as it was recorded");
             }
             worst_psnr =
-                std::min(worst_psnr, imagePsnr(*original->imagesOutputData()->image(0),
+                std::min(worst_psnr, eodtesting::imagePsnr(*original->imagesOutputData()->image(0),
                                                *frame->imagesOutputData()->image(0)));
         }
     });

@@ -16,7 +16,7 @@
 #include "commands.h"
 #include "logids.h"
 #include "recordscan.h"
-#include "syntheticframe.h"
+#include "testing/syntheticframe.h"
 #include "toolerror.h"
 
 namespace eodtool {
@@ -50,7 +50,7 @@ int runDemo(const DemoOptions& options) {
     orToolError(options.out, [&] {
         tq::eod::io::EngineOutputDataFileWriter writer;
         for (unsigned int n = 0; n < options.frames; ++n) {
-            const boost::shared_ptr<tq::eod::EngineOutputData> frame = syntheticFrame(n);
+            const boost::shared_ptr<tq::eod::EngineOutputData> frame = eodtesting::syntheticFrame(n);
             if (n == 0) writer.newFiles(loggedIdsOf(*frame), options.out, "", kLogBufferSize);
             frame_bytes += frame->numTotalBytes();
             const Clock::time_point start = Clock::now();
@@ -77,7 +77,7 @@ int runDemo(const DemoOptions& options) {
             if (!frame) break;
             expected.clear();
             actual.clear();
-            syntheticFrame(replayed)->serialize(expected);
+            eodtesting::syntheticFrame(replayed)->serialize(expected);
             frame->serialize(actual);
             if (frame->frameNum() != replayed || actual != expected) {
                 throw ToolError(options.out + ": frame " + std::to_string(replayed) +

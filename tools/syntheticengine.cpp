@@ -1,6 +1,6 @@
 #include "syntheticengine.h"
 
-#include "syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 namespace eodtool {
 
@@ -12,7 +12,7 @@ public:
 
     boost::shared_ptr<tq::eod::EngineOutputData> next() override {
         if (_count != 0 && _next == _count) return boost::shared_ptr<tq::eod::EngineOutputData>();
-        return syntheticFrame(_next++);
+        return eodtesting::syntheticFrame(_next++);
     }
 
 private:

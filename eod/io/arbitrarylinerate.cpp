@@ -1,4 +1,4 @@
-#include "eod/io/arbitrarylinerate.h"
+#include "eod/io/detail/arbitrarylinerate.h"
 
 #include <asm/ioctls.h>
 #include <asm/termbits.h>

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "eod/io/pathconversion.h"
+#include "eod/io/detail/pathconversion.h"
 
 namespace tq {
 namespace eod {

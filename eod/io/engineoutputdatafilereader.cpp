@@ -9,8 +9,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "eod/io/pathconversion.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

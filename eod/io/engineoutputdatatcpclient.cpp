@@ -11,8 +11,8 @@
 #include <eod/recordsize.h>
 #include <eod/serializablefactory.h>
 
-#include "eod/bytecodec.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

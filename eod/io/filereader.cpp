@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <system_error>
 
-#include "eod/io/pathconversion.h"
-#include "eod/streamrecord.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/streamrecord.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

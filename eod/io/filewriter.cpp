@@ -2,8 +2,8 @@
 
 #include <eod/serializableerror.h>
 
-#include "eod/io/pathconversion.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -2,7 +2,7 @@
 
 #include <eod/io/socketerror.h>
 
-#include "eod/io/netplatform.h"
+#include "eod/io/detail/netplatform.h"
 
 namespace tq {
 namespace eod {

@@ -1,6 +1,6 @@
 // The POSIX implementation of the socket platform layer.
 
-#include "eod/io/netplatform.h"
+#include "eod/io/detail/netplatform.h"
 
 #include <cerrno>
 #include <chrono>

@@ -15,9 +15,9 @@
 #include <eod/serializableerror.h>
 #include <eod/serializablefactory.h>
 
-#include "eod/io/pathconversion.h"
-#include "eod/textcolumns.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/textcolumns.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,4 +1,4 @@
-#include "eod/io/pathconversion.h"
+#include "eod/io/detail/pathconversion.h"
 
 #include <filesystem>
 

@@ -2,7 +2,7 @@
 
 #include <boost/crc.hpp>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 namespace tq {
 namespace eod {

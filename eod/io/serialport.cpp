@@ -15,8 +15,8 @@
 #include <climits>
 #include <cstring>
 
-#include "eod/io/arbitrarylinerate.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/arbitrarylinerate.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

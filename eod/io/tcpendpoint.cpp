@@ -2,7 +2,7 @@
 
 #include <eod/io/socketerror.h>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -8,8 +8,8 @@
 
 #include <eod/io/socketerror.h>
 
-#include "eod/io/netplatform.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/netplatform.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

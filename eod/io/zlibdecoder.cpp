@@ -5,8 +5,8 @@
 
 #include <utility>
 
-#include "eod/bytecodec.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

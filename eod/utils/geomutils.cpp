@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -4,8 +4,8 @@
 
 #include <map>
 
-#include "eod/io/compress/containerformat.h"
-#include "eod/usageerror.h"
+#include "eod/io/compress/detail/containerformat.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

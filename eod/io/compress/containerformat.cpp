@@ -1,7 +1,7 @@
 #include <cstring>
 
-#include "eod/bytecodec.h"
-#include "eod/io/compress/containerformat.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/io/compress/detail/containerformat.h"
 
 namespace tq {
 namespace eod {

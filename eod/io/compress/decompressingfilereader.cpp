@@ -12,10 +12,10 @@
 
 #include <algorithm>
 
-#include "eod/bytecodec.h"
-#include "eod/io/compress/containerformat.h"
-#include "eod/io/pathconversion.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/io/compress/detail/containerformat.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "eod/bytecodec.h"
-#include "eod/io/compress/framedcodec.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/io/compress/detail/framedcodec.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

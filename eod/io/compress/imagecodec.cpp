@@ -5,10 +5,10 @@
 #include <cstring>
 #include <utility>
 
-#include "eod/bytecodec.h"
-#include "eod/io/compress/bytestream.h"
-#include "eod/io/compress/imagecodec.h"
-#include "eod/usageerror.h"
+#include "eod/detail/bytecodec.h"
+#include "eod/io/compress/detail/bytestream.h"
+#include "eod/io/compress/detail/imagecodec.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

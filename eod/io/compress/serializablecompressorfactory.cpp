@@ -6,9 +6,9 @@
 #include <map>
 #include <utility>
 
-#include "eod/io/compress/bytestream.h"
-#include "eod/io/compress/framedcodec.h"
-#include "eod/io/compress/imagecodec.h"
+#include "eod/io/compress/detail/bytestream.h"
+#include "eod/io/compress/detail/framedcodec.h"
+#include "eod/io/compress/detail/imagecodec.h"
 
 namespace tq {
 namespace eod {

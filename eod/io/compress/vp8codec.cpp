@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "eod/io/compress/vp8codec.h"
+#include "eod/io/compress/detail/vp8codec.h"
 
 namespace tq {
 namespace eod {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <string>
 
-#include "eod/io/compress/bytestream.h"
-#include "eod/usageerror.h"
+#include "eod/io/compress/detail/bytestream.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -11,8 +11,8 @@
 #include <eod/io/index/logindex.h>
 #include <eod/serializablefactory.h>
 
-#include "eod/io/pathconversion.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

@@ -1,4 +1,4 @@
-#include "eod/io/index/indexformat.h"
+#include "eod/io/index/detail/indexformat.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,7 +11,7 @@
 #include <eod/io/index/logindex.h>
 #include <eod/recordsize.h>
 
-#include "eod/io/pathconversion.h"
+#include "eod/io/detail/pathconversion.h"
 
 namespace tq {
 namespace eod {

@@ -5,8 +5,8 @@
 #include <eod/io/engineoutputdatafileerror.h>
 #include <eod/io/index/logindex.h>
 
-#include "eod/io/index/indexformat.h"
-#include "eod/usageerror.h"
+#include "eod/io/index/detail/indexformat.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

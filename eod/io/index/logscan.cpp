@@ -6,7 +6,7 @@
 #include <eod/io/engineoutputdatafileerror.h>
 #include <eod/serializablefactory.h>
 
-#include "eod/io/index/indexformat.h"
+#include "eod/io/index/detail/indexformat.h"
 
 namespace tq {
 namespace eod {

@@ -2,9 +2,9 @@
 
 #include <eod/io/engineoutputdatafilewriter.h>
 
-#include "eod/io/loggedsubobjects.h"
-#include "eod/io/pathconversion.h"
-#include "eod/usageerror.h"
+#include "eod/io/detail/loggedsubobjects.h"
+#include "eod/io/detail/pathconversion.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

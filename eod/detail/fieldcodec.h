@@ -1,5 +1,5 @@
-#ifndef EOD_FIELDCODEC_H
-#define EOD_FIELDCODEC_H
+#ifndef EOD_DETAIL_FIELDCODEC_H
+#define EOD_DETAIL_FIELDCODEC_H
 
 // A record lists its wire fields once, in a static member template
 //
@@ -17,7 +17,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 namespace tq {
 namespace eod {

@@ -1,5 +1,5 @@
-#ifndef EOD_IO_LOGGEDSUBOBJECTS_H
-#define EOD_IO_LOGGEDSUBOBJECTS_H
+#ifndef EOD_IO_DETAIL_LOGGEDSUBOBJECTS_H
+#define EOD_IO_DETAIL_LOGGEDSUBOBJECTS_H
 
 // Which sub-object of a frame goes into the log of an object id: the frame's own sub-object
 // of that id or, failing that, the one inside the frame's face set (object id 94), so that

@@ -1,5 +1,5 @@
-#ifndef EOD_IO_COMPRESS_FRAMEDCODEC_H
-#define EOD_IO_COMPRESS_FRAMEDCODEC_H
+#ifndef EOD_IO_COMPRESS_DETAIL_FRAMEDCODEC_H
+#define EOD_IO_COMPRESS_DETAIL_FRAMEDCODEC_H
 
 // The "zstd" and "lz4" record codecs: records framed as in the zlib record stream (tag,
 // CRC-32, length, each 4 bytes little-endian, then the record) and compressed by one
@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "eod/io/compress/bytestream.h"
+#include "eod/io/compress/detail/bytestream.h"
 
 namespace tq {
 namespace eod {

@@ -1,5 +1,5 @@
-#ifndef EOD_ALIGNEDALLOC_H
-#define EOD_ALIGNEDALLOC_H
+#ifndef EOD_DETAIL_ALIGNEDALLOC_H
+#define EOD_DETAIL_ALIGNEDALLOC_H
 
 // The platform's aligned heap, kept behind two calls so that the image records never name
 // it. Memory from alignedAlloc goes back through alignedFree and nothing else.

@@ -1,4 +1,4 @@
-#include "syntheticimage.h"
+#include "testing/syntheticimage.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,9 +9,9 @@
 #include <eod/imagecollectionoutputdata.h>
 #include <eod/io/compress/codecsettings.h>
 
-#include "syntheticframe.h"
+#include "testing/syntheticframe.h"
 
-namespace eodtool {
+namespace eodtesting {
 
 namespace {
 
@@ -135,4 +135,4 @@ boost::shared_ptr<tq::eod::EngineOutputData> syntheticFrameWithImage(unsigned in
     return frame;
 }
 
-}  // namespace eodtool
+}  // namespace eodtesting

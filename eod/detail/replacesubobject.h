@@ -1,5 +1,5 @@
-#ifndef EOD_REPLACESUBOBJECT_H
-#define EOD_REPLACESUBOBJECT_H
+#ifndef EOD_DETAIL_REPLACESUBOBJECT_H
+#define EOD_DETAIL_REPLACESUBOBJECT_H
 
 #include <boost/shared_ptr.hpp>
 

@@ -1,5 +1,5 @@
-#ifndef EOD_BYTECODEC_H
-#define EOD_BYTECODEC_H
+#ifndef EOD_DETAIL_BYTECODEC_H
+#define EOD_DETAIL_BYTECODEC_H
 
 // The one place that turns numbers into bytes and back. Everything on the wire is
 // big-endian (network order); floats and doubles travel as their IEEE-754 bit patterns.

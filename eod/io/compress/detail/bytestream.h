@@ -1,5 +1,5 @@
-#ifndef EOD_IO_COMPRESS_BYTESTREAM_H
-#define EOD_IO_COMPRESS_BYTESTREAM_H
+#ifndef EOD_IO_COMPRESS_DETAIL_BYTESTREAM_H
+#define EOD_IO_COMPRESS_DETAIL_BYTESTREAM_H
 
 // General-purpose compressed byte streams under the framed record codecs: one long-lived
 // stream per object that is flushed at chunk ends and never ended, so that records compressed

@@ -1,5 +1,5 @@
-#ifndef EOD_FACELANDMARKMAP_H
-#define EOD_FACELANDMARKMAP_H
+#ifndef EOD_DETAIL_FACELANDMARKMAP_H
+#define EOD_DETAIL_FACELANDMARKMAP_H
 
 // What the face records share about their landmark maps: the wire form (a 4-byte count,
 // then per landmark in ascending id order id, x, y, z, u, v: 24 bytes), the look-ups, and
@@ -12,7 +12,7 @@
 #include <eod/facelandmark.h>
 #include <eod/facelandmarkids.h>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 namespace tq {
 namespace eod {

@@ -1,5 +1,5 @@
-#ifndef EOD_IO_COMPRESS_IMAGECODEC_H
-#define EOD_IO_COMPRESS_IMAGECODEC_H
+#ifndef EOD_IO_COMPRESS_DETAIL_IMAGECODEC_H
+#define EOD_IO_COMPRESS_DETAIL_IMAGECODEC_H
 
 // The "lossless-image" and "vp8" codecs: one packet per encoded record (layout in
 // docs/compression.md). Both accept any record: what the VP8 path cannot take goes into a
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "eod/io/compress/vp8codec.h"
+#include "eod/io/compress/detail/vp8codec.h"
 
 namespace tq {
 namespace eod {

@@ -1,5 +1,5 @@
-#ifndef EOD_IO_NETPLATFORM_H
-#define EOD_IO_NETPLATFORM_H
+#ifndef EOD_IO_DETAIL_NETPLATFORM_H
+#define EOD_IO_DETAIL_NETPLATFORM_H
 
 // What the socket classes need beyond the BSD calls that every socket library shares:
 // library start-up, the platform's error numbers, signal-free sends, close-on-exec handles

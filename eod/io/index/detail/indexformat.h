@@ -1,5 +1,5 @@
-#ifndef EOD_IO_INDEX_INDEXFORMAT_H
-#define EOD_IO_INDEX_INDEXFORMAT_H
+#ifndef EOD_IO_INDEX_DETAIL_INDEXFORMAT_H
+#define EOD_IO_INDEX_DETAIL_INDEXFORMAT_H
 
 // The bytes of an index file (docs/index-files.md): the 36-byte header, the 12-byte entries,
 // and the edge checksum that ties an index to the log it describes.
@@ -8,7 +8,7 @@
 #include <istream>
 #include <string>
 
-#include "eod/bytecodec.h"
+#include "eod/detail/bytecodec.h"
 
 namespace tq {
 namespace eod {

@@ -1,5 +1,5 @@
-#ifndef EOD_TOOLS_SYNTHETICIMAGE_H
-#define EOD_TOOLS_SYNTHETICIMAGE_H
+#ifndef EOD_TESTING_SYNTHETICIMAGE_H
+#define EOD_TESTING_SYNTHETICIMAGE_H
 
 // Camera images as an eye-tracking camera at 60 Hz would take them, so that compression
 // figures mean something: 640x480, 8-bit grey (format IMAGE_FORMAT_GREY8, identifier
@@ -22,7 +22,7 @@
 #include <eod/engineoutputdata.h>
 #include <eod/imageoutputdata.h>
 
-namespace eodtool {
+namespace eodtesting {
 
 const unsigned int kEyeImageWidth = 640;
 const unsigned int kEyeImageHeight = 480;
@@ -36,6 +36,6 @@ double imagePsnr(const tq::eod::ImageOutputData& a, const tq::eod::ImageOutputDa
 // syntheticFrame(frame_num) with an image collection holding syntheticEyeImage(frame_num).
 boost::shared_ptr<tq::eod::EngineOutputData> syntheticFrameWithImage(unsigned int frame_num);
 
-}  // namespace eodtool
+}  // namespace eodtesting
 
 #endif

@@ -1,5 +1,5 @@
-#ifndef EOD_TOOLS_SYNTHETICFRAME_H
-#define EOD_TOOLS_SYNTHETICFRAME_H
+#ifndef EOD_TESTING_SYNTHETICFRAME_H
+#define EOD_TESTING_SYNTHETICFRAME_H
 
 // Frames as a tracking engine at 60 Hz would make them: smooth head motion with a consistent
 // quaternion, gaze that fixates and jumps in saccades, blinks every few seconds, pupils, one
@@ -12,10 +12,10 @@
 
 #include <eod/engineoutputdata.h>
 
-namespace eodtool {
+namespace eodtesting {
 
 boost::shared_ptr<tq::eod::EngineOutputData> syntheticFrame(unsigned int frame_num);
 
-}  // namespace eodtool
+}  // namespace eodtesting
 
 #endif

@@ -1,5 +1,5 @@
-#ifndef EOD_IO_COMPRESS_CONTAINERFORMAT_H
-#define EOD_IO_COMPRESS_CONTAINERFORMAT_H
+#ifndef EOD_IO_COMPRESS_DETAIL_CONTAINERFORMAT_H
+#define EOD_IO_COMPRESS_DETAIL_CONTAINERFORMAT_H
 
 // The items of a compressed container file (layout in docs/compression.md): each is a
 // CompressedSerializable record whose payload starts with a kind byte. Numbers big-endian.

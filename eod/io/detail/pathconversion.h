@@ -1,5 +1,5 @@
-#ifndef EOD_IO_PATHCONVERSION_H
-#define EOD_IO_PATHCONVERSION_H
+#ifndef EOD_IO_DETAIL_PATHCONVERSION_H
+#define EOD_IO_DETAIL_PATHCONVERSION_H
 
 // Paths are accepted as narrow and as wide strings; one overload converts and forwards to
 // the other. On this platform narrow paths are UTF-8 and wide strings hold UTF-32 code

@@ -1,5 +1,5 @@
-#ifndef EOD_TEXTCOLUMNS_H
-#define EOD_TEXTCOLUMNS_H
+#ifndef EOD_DETAIL_TEXTCOLUMNS_H
+#define EOD_DETAIL_TEXTCOLUMNS_H
 
 // The column form of every record's text output: a header line of labels and a value
 // line, both tab-separated. A composite prints its own columns and then those of its

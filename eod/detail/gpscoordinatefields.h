@@ -1,5 +1,5 @@
-#ifndef EOD_GPSCOORDINATEFIELDS_H
-#define EOD_GPSCOORDINATEFIELDS_H
+#ifndef EOD_DETAIL_GPSCOORDINATEFIELDS_H
+#define EOD_DETAIL_GPSCOORDINATEFIELDS_H
 
 // The GPS records write a coordinate field by field (never as a block of the structure, whose
 // padding and byte order are the compiler's): degrees, minutes, seconds, hemisphere. Both
@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "eod/textcolumns.h"
+#include "eod/detail/textcolumns.h"
 
 namespace tq {
 namespace eod {

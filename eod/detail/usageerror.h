@@ -1,5 +1,5 @@
-#ifndef EOD_USAGEERROR_H
-#define EOD_USAGEERROR_H
+#ifndef EOD_DETAIL_USAGEERROR_H
+#define EOD_DETAIL_USAGEERROR_H
 
 #include <string>
 

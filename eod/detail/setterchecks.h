@@ -1,5 +1,5 @@
-#ifndef EOD_SETTERCHECKS_H
-#define EOD_SETTERCHECKS_H
+#ifndef EOD_DETAIL_SETTERCHECKS_H
+#define EOD_DETAIL_SETTERCHECKS_H
 
 // Checks shared by the record setters.
 
@@ -7,7 +7,7 @@
 
 #include <eod/engineoutputbase.h>
 
-#include "eod/usageerror.h"
+#include "eod/detail/usageerror.h"
 
 namespace tq {
 namespace eod {

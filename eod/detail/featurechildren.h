@@ -1,5 +1,5 @@
-#ifndef EOD_FEATURECHILDREN_H
-#define EOD_FEATURECHILDREN_H
+#ifndef EOD_DETAIL_FEATURECHILDREN_H
+#define EOD_DETAIL_FEATURECHILDREN_H
 
 // The registry does not know the library's feature ids (21 to 28: the feature sets, pupil
 // points and rectangles), because a feature's class does not fix its id. The feature

@@ -1,5 +1,5 @@
-#ifndef EOD_IO_COMPRESS_VP8CODEC_H
-#define EOD_IO_COMPRESS_VP8CODEC_H
+#ifndef EOD_IO_COMPRESS_DETAIL_VP8CODEC_H
+#define EOD_IO_COMPRESS_DETAIL_VP8CODEC_H
 
 // One grey video stream through libvpx's VP8: the grey pixels are the luma plane, the chroma
 // planes stay flat grey. libvpx's state stays out of this header.

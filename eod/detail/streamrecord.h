@@ -1,5 +1,5 @@
-#ifndef EOD_STREAMRECORD_H
-#define EOD_STREAMRECORD_H
+#ifndef EOD_DETAIL_STREAMRECORD_H
+#define EOD_DETAIL_STREAMRECORD_H
 
 #include <cstdint>
 #include <istream>

@@ -1,4 +1,4 @@
-#include "syntheticframe.h"
+#include "testing/syntheticframe.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,7 @@
 
 #include <eod/eod.h>
 
-namespace eodtool {
+namespace eodtesting {
 
 namespace {
 
@@ -269,4 +269,4 @@ boost::shared_ptr<EngineOutputData> syntheticFrame(unsigned int frame_num) {
     return frame;
 }
 
-}  // namespace eodtool
+}  // namespace eodtesting
