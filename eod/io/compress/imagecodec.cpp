@@ -187,7 +187,7 @@ void ImageDecoder::decode(const unsigned char* data, unsigned int length) {
             item.tag = loadU32(header + 1);
             unsigned int status = 0;
             item.record = decodeBody(method, body, body_length, status);
-            _queue.emplace_back(std::move(item), status);
+            _queue.push(std::move(item), status);
             pos += IMAGE_PACKET_HEADER_BYTES + body_length;
         }
     } catch (const SerializableError&) {
@@ -245,14 +245,7 @@ boost::shared_ptr<Serializable> ImageDecoder::decodeBody(unsigned char method,
 }
 
 DecoderData ImageDecoder::getNextWithStatus(unsigned int& status) {
-    if (_queue.empty()) {
-        status |= Serializable::STATUS_NOT_ENOUGH_DATA;
-        return DecoderData();
-    }
-    std::pair<DecoderData, unsigned int> item = std::move(_queue.front());
-    _queue.pop_front();
-    status |= item.second;
-    return item.first;
+    return _queue.takeNext(status);
 }
 
 }  // namespace detail

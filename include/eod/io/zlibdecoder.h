@@ -6,7 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -60,7 +60,7 @@ class ZLibDecoder : public ZLibCodec<SerializableCompressorDecoder> {
     DecoderData getNextWithStatus(unsigned int& status) override;
 
     // Inflated bytes waiting for the rest of their record.
-    std::size_t numPendingBytes() const { return _pending.size(); }
+    std::size_t numPendingBytes() const;
     // Compressed bytes kept back while the queue was full.
     std::size_t numHeldBytes() const;
     // Records lost to CRC mismatches: the number of mismatches seen (each one also drops
@@ -75,27 +75,17 @@ class ZLibDecoder : public ZLibCodec<SerializableCompressorDecoder> {
     std::uint32_t maxRecordLength() const { return _max_record_length; }
 
   private:
-    struct QueuedItem {
-        DecoderData data;
-        unsigned int status;
-    };
-    enum class Parse { ok, crc_mismatch, too_long };
-
     // Inflates and parses, starting from the pump's result rc, until the input is used up
     // or the queue is full; then keeps what is left of the input.
     void run(int rc, std::string& record_error);
-    // Parses every complete frame at the front of the pending bytes; a record that cannot
-    // be rebuilt only sets `record_error` if it is still empty.
-    Parse parsePending(std::string& record_error);
     void keepInput();
     // Resets the inflate stream and drops every byte not yet parsed.
     void dropAll();
     [[noreturn]] void resetAndThrow(const std::string& error);
 
-    std::vector<unsigned char> _pending;
-    // The record being rebuilt, copied out of the pending bytes; kept from record to record.
-    std::vector<unsigned char> _record;
-    std::deque<QueuedItem> _queue;
+    // Inflated bytes, parsed into the queue of records.
+    class Frames;
+    std::unique_ptr<Frames> _frames;
     // Compressed bytes not yet inflated when the queue filled up; zlib's input points here.
     std::vector<unsigned char> _held;
     // Whether decoding stopped early: input or output is left inside zlib.

@@ -8,12 +8,12 @@
 #include <eod/io/serializablecompressordecoder.h>
 #include <eod/io/serializablecompressorencoder.h>
 
-#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "eod/io/compress/detail/bytestream.h"
+#include "eod/io/detail/recordframes.h"
 
 namespace tq {
 namespace eod {
@@ -22,7 +22,7 @@ namespace detail {
 
 class FramedEncoder : public SerializableCompressorEncoder {
   public:
-    static constexpr unsigned int FRAME_HEADER_BYTES = 12;
+    static constexpr unsigned int FRAME_HEADER_BYTES = RecordFrameParser::FRAME_HEADER_BYTES;
     static constexpr unsigned int MAX_RECORD_LENGTH = 64u << 20;
 
     // `name` prefixes the error messages ("ZstdEncoder").
@@ -55,18 +55,9 @@ class FramedDecoder : public SerializableCompressorDecoder {
     DecoderData getNextWithStatus(unsigned int& status) override;
 
   private:
-    struct QueuedItem {
-        DecoderData data;
-        unsigned int status;
-    };
-
-    bool parsePending(std::string& error, std::string& record_error);
-
     const std::string _name;
     std::unique_ptr<ByteStreamDecompressor> _stream;
-    std::vector<unsigned char> _pending;
-    std::vector<unsigned char> _record;
-    std::deque<QueuedItem> _queue;
+    RecordFrameParser _frames;
 };
 
 }  // namespace detail

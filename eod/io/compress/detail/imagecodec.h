@@ -10,12 +10,12 @@
 #include <eod/io/serializablecompressordecoder.h>
 #include <eod/io/serializablecompressorencoder.h>
 
-#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "eod/io/compress/detail/vp8codec.h"
+#include "eod/io/detail/decodedqueue.h"
 
 namespace tq {
 namespace eod {
@@ -78,7 +78,7 @@ class ImageDecoder : public SerializableCompressorDecoder {
     std::vector<unsigned char> _pending;
     std::vector<unsigned char> _scratch;
     std::unique_ptr<Vp8Decoder> _vp8;
-    std::deque<std::pair<DecoderData, unsigned int>> _queue;
+    DecodedQueue _queue;
 };
 
 }  // namespace detail
