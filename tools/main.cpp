@@ -146,18 +146,21 @@ int main(int argc, char** argv) {
     info_cmd->add_flag("--scan", info.scan,
                        "Read every record of a log directory, even where index files say what it holds");
 
+    // The frame selection cat and filter share: ids, a frame range and a time range.
+    const auto add_selection = [&](CLI::App* cmd, auto& options, const std::string& ids_help) {
+        cmd->add_option("--ids", options.ids, ids_help)->delimiter(',')->check(logged_id);
+        cmd->add_option("--frames", options.frames, "Frame-number range A:B (either end optional)")
+            ->check(frame_range);
+        cmd->add_option("--time", options.time,
+                        "Seconds from the first timing record T0:T1 (either end optional)")
+            ->check(time_range);
+    };
+
     CatOptions cat;
     CLI::App* cat_cmd = app.add_subcommand(
         "cat", "Print merged frames as one tab-separated table or as JSON Lines");
     cat_cmd->add_option("PATH", cat.path, "Log directory, log file or raw record file")->required();
-    cat_cmd->add_option("--ids", cat.ids, "Object ids to keep (comma-separated)")
-        ->delimiter(',')
-        ->check(logged_id);
-    cat_cmd->add_option("--frames", cat.frames, "Frame-number range A:B (either end optional)")
-        ->check(frame_range);
-    cat_cmd->add_option("--time", cat.time,
-                        "Seconds from the first timing record T0:T1 (either end optional)")
-        ->check(time_range);
+    add_selection(cat_cmd, cat, "Object ids to keep (comma-separated)");
     cat_cmd->add_option("--format", cat.format, "tsv: one table (default); jsonl: JSON Lines")
         ->check(CLI::IsMember({"tsv", "jsonl"}));
     cat_cmd->add_flag("--upgrade", cat.upgrade,
@@ -270,14 +273,7 @@ int main(int argc, char** argv) {
         "filter", "Copy part of a recording (ids, frame or time range, every n-th frame), indexed");
     filter_cmd->add_option("IN", filter.in, "Log directory or log file (only read)")->required();
     filter_cmd->add_option("OUT", filter.out, "New directory or log file (must not exist)")->required();
-    filter_cmd->add_option("--ids", filter.ids, "Keep the logs of these object ids (comma-separated)")
-        ->delimiter(',')
-        ->check(logged_id);
-    filter_cmd->add_option("--frames", filter.frames, "Frame-number range A:B (either end optional)")
-        ->check(frame_range);
-    filter_cmd->add_option("--time", filter.time,
-                           "Seconds from the first timing record T0:T1 (either end optional)")
-        ->check(time_range);
+    add_selection(filter_cmd, filter, "Keep the logs of these object ids (comma-separated)");
     filter_cmd->add_option("--every", filter.every, "Keep every N-th of the chosen frames")
         ->check(CLI::PositiveNumber);
 
