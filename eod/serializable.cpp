@@ -1,4 +1,5 @@
 #include <eod/serializable.h>
+#include <eod/recordsize.h>
 
 #include <cassert>
 #include <cstring>
@@ -135,16 +136,16 @@ void Serializable::writeHeader(std::vector<unsigned char>& buffer, char object_i
 
 bool Serializable::readDataSizeHeader(const std::vector<unsigned char>& buffer, int& read_pos,
                                       unsigned int* data_size) {
-    if (read_pos < 0 || detail::bytesRemaining(buffer, read_pos) < 2) return false;
-    unsigned int size = detail::loadU16(buffer.data() + read_pos);
-    read_pos += 2;
-    if (size == extendedHeaderSizeMagicCookie()) {
-        if (detail::bytesRemaining(buffer, read_pos) < 4) return false;
-        size = detail::loadU32(buffer.data() + read_pos);
-        read_pos += 4;
+    // read_pos is just after the id byte, which the size is read together with.
+    if (read_pos < 1 || detail::bytesRemaining(buffer, read_pos) < 2) return false;
+    const int id_pos = read_pos - 1;
+    const RecordSize size = recordSizeFromPrefix(buffer.data() + id_pos,
+                                                 detail::bytesRemaining(buffer, id_pos));
+    if (!size.known || detail::bytesRemaining(buffer, id_pos) < size.total_bytes) return false;
+    read_pos = id_pos + static_cast<int>(size.header_bytes);
+    if (data_size != nullptr) {
+        *data_size = static_cast<unsigned int>(size.total_bytes - size.header_bytes);
     }
-    if (detail::bytesRemaining(buffer, read_pos) < size) return false;
-    if (data_size != nullptr) *data_size = size;
     return true;
 }
 

@@ -1,4 +1,5 @@
 #include <eod/serializablefactory.h>
+#include <eod/recordsize.h>
 
 #include <algorithm>
 #include <array>
@@ -127,21 +128,23 @@ StreamRecord readStreamRecord(std::istream& stream, unsigned int& status,
             return r;
         }
         on_throw = StreamRead::size_failed;
-        unsigned char size_bytes[4];
-        if (!stream.read(reinterpret_cast<char*>(size_bytes), 2)) {
+        unsigned char prefix[7];
+        prefix[0] = static_cast<unsigned char>(id);
+        if (!stream.read(reinterpret_cast<char*>(prefix + 1), 2)) {
             r.outcome = StreamRead::size_failed;
             return r;
         }
-        unsigned int size = detail::loadU16(size_bytes);
-        r.header_bytes = Serializable::minHeaderBytes();
-        if (size == Serializable::extendedHeaderSizeMagicCookie()) {
-            if (!stream.read(reinterpret_cast<char*>(size_bytes), 4)) {
+        RecordSize record_size = recordSizeFromPrefix(prefix, 3);
+        if (!record_size.known) {
+            if (!stream.read(reinterpret_cast<char*>(prefix + 3), 4)) {
                 r.outcome = StreamRead::size_failed;
                 return r;
             }
-            size = detail::loadU32(size_bytes);
-            r.header_bytes += 4;
+            record_size = recordSizeFromPrefix(prefix, 7);
         }
+        r.header_bytes = static_cast<unsigned int>(record_size.header_bytes);
+        const auto size =
+            static_cast<unsigned int>(record_size.total_bytes - record_size.header_bytes);
         unsigned int id_status = 0;
         r.object = SerializableFactory::newObjectWithStatus(id, id_status);
         status |= id_status;
