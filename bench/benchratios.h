@@ -39,8 +39,13 @@ class RatioReporter : public benchmark::ConsoleReporter {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
             const auto rate = run.counters.find("items_per_second");
-            if (!run.error_occurred && rate != run.counters.end()) {
-                _rates[run.benchmark_name()] = rate->second.value;
+            if (run.error_occurred || rate == run.counters.end()) continue;
+            // With --benchmark_repetitions the ratio uses the median of the repetitions, not
+            // whichever repetition came last.
+            if (run.run_type == Run::RT_Aggregate) {
+                if (run.aggregate_name == "median") _medians[run.run_name.str()] = rate->second.value;
+            } else {
+                _rates[run.run_name.str()] = rate->second.value;
             }
         }
     }
@@ -61,8 +66,10 @@ class RatioReporter : public benchmark::ConsoleReporter {
 
   private:
     double rateOf(const std::string& prefix) const {
-        for (const auto& entry : _rates) {
-            if (entry.first.compare(0, prefix.size(), prefix) == 0) return entry.second;
+        for (const auto* rates : {&_medians, &_rates}) {
+            for (const auto& entry : *rates) {
+                if (entry.first.compare(0, prefix.size(), prefix) == 0) return entry.second;
+            }
         }
         return 0;
     }
@@ -70,6 +77,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
     std::string _preamble;
     std::vector<Ratio> _ratios;
     std::map<std::string, double> _rates;
+    std::map<std::string, double> _medians;
 };
 
 // The body of a benchmark program's main; `preamble` is printed before the ratios.
