@@ -1,12 +1,17 @@
 // Encoding and decoding of frames, each beside a memcpy of the same bytes in the same run;
-// compare bytes_per_second. The nested cases encode the same records once as a flat frame
+// compare bytes_per_second. The counter allocs_per_frame counts calls of operator new per
+// frame (building a synthetic frame through the public setters, serialising, decoding). The nested cases encode the same records once as a flat frame
 // and once as a chain of composites 8 levels deep: the per-byte cost should not depend on
 // the depth, because each record's size field is filled in after its data is written
 // instead of being computed level by level.
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include <eod/eod.h>
@@ -17,7 +22,27 @@
 
 using namespace tq::eod;
 
+// Every allocation of the program counts: the figure per frame is the difference across a
+// benchmark's loop divided by its iterations.
 namespace {
+std::atomic<long long> allocations{0};
+}
+
+void* operator new(std::size_t n) {
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* p = std::malloc(n != 0 ? n : 1)) return p;
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+namespace {
+
+// Allocations per iteration since `before`, as the benchmark's counter allocs_per_frame.
+void reportAllocations(benchmark::State& state, long long before) {
+    state.counters["allocs_per_frame"] =
+        double(allocations.load() - before) / double(std::max<int64_t>(state.iterations(), 1));
+}
 
 typedef boost::shared_ptr<Serializable> Ptr;
 
@@ -154,12 +179,15 @@ EngineOutputData layeredFrame(int levels, std::size_t blob) {
 
 void encode(benchmark::State& state, const EngineOutputData& frame) {
     std::vector<unsigned char> buffer;
+    frame.serialize(buffer);
+    const long long before = allocations.load();
     for (auto _ : state) {
         buffer.clear();
         frame.serialize(buffer);
         benchmark::DoNotOptimize(buffer.data());
         benchmark::ClobberMemory();
     }
+    reportAllocations(state, before);
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(buffer.size()));
     state.counters["bytes"] = double(buffer.size());
 }
@@ -180,11 +208,13 @@ void copy(benchmark::State& state, const EngineOutputData& frame) {
 void decode(benchmark::State& state, const EngineOutputData& frame) {
     std::vector<unsigned char> bytes;
     frame.serialize(bytes);
+    const long long before = allocations.load();
     for (auto _ : state) {
         int read_pos = 0;
         Ptr p = SerializableFactory::newObject(bytes, read_pos);
         benchmark::DoNotOptimize(p.get());
     }
+    reportAllocations(state, before);
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(bytes.size()));
     state.counters["bytes"] = double(bytes.size());
 }
@@ -199,6 +229,15 @@ const EngineOutputData& syntheticFrame() {
     return *frame;
 }
 void BM_Memcpy_Synthetic(benchmark::State& state) { copy(state, syntheticFrame()); }
+// Building a frame as an engine adapter does, through the public setters.
+void BM_Build_Synthetic(benchmark::State& state) {
+    const long long before = allocations.load();
+    for (auto _ : state) {
+        boost::shared_ptr<EngineOutputData> frame = eodtesting::syntheticFrame(12345);
+        benchmark::DoNotOptimize(frame.get());
+    }
+    reportAllocations(state, before);
+}
 void BM_Encode_Synthetic(benchmark::State& state) { encode(state, syntheticFrame()); }
 void BM_Decode_Synthetic(benchmark::State& state) { decode(state, syntheticFrame()); }
 
@@ -213,6 +252,7 @@ BENCHMARK(BM_Memcpy_Frame)->Arg(4)->Arg(16);
 BENCHMARK(BM_Encode_Frame)->Arg(4)->Arg(16);
 BENCHMARK(BM_Decode_Frame)->Arg(4)->Arg(16);
 BENCHMARK(BM_Memcpy_Synthetic);
+BENCHMARK(BM_Build_Synthetic);
 BENCHMARK(BM_Encode_Synthetic);
 BENCHMARK(BM_Decode_Synthetic);
 // Args: levels (1 = flat, 8 = nested), bytes of the block at the bottom.
