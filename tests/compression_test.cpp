@@ -19,6 +19,7 @@
 
 #include "eod/detail/bytecodec.h"
 #include "eod/io/compress/detail/bytestream.h"
+#include "eod/io/compress/detail/framedcodec.h"
 #include "recordtesting.h"
 #include "testfiles.h"
 #include "testing/syntheticframe.h"
@@ -163,6 +164,43 @@ TEST(Codecs, ZstdDecoderRejectsBadFramesAndRecovers) {
         EXPECT_EQ(decoder->getNextWithStatus(status).tag, 7u);
         EXPECT_EQ(decoder->getNextWithStatus(status).tag, 7u);
         EXPECT_EQ(status, 0u);
+    }
+}
+
+// A few compressed bytes that decompress to a million empty frames (12 zero bytes each: tag
+// 0, CRC 0, length 0): the queue stays bounded while decoding, and draining it hands out
+// every frame.
+TEST(Codecs, FramedDecoderBoundsItsQueueAndLosesNoFrame) {
+    const std::size_t frames = 1u << 20;
+    const Bytes zeros(frames * io::detail::RecordFrameParser::FRAME_HEADER_BYTES, 0);
+    struct Case {
+        const char* name;
+        std::unique_ptr<io::detail::ByteStreamCompressor> compressor;
+        std::unique_ptr<io::detail::ByteStreamDecompressor> decompressor;
+    } cases[] = {{"ZstdDecoder", io::detail::newZstdCompressor(3),
+                  io::detail::newZstdDecompressor("ZstdDecoder::decode()")},
+                 {"Lz4Decoder", io::detail::newLz4Compressor(0),
+                  io::detail::newLz4Decompressor("Lz4Decoder::decode()")}};
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Bytes bomb;
+        c.compressor->write(zeros.data(), zeros.size(), bomb);
+        c.compressor->flush(bomb);
+        ASSERT_LT(bomb.size(), zeros.size() / 50);
+        io::detail::FramedDecoder decoder(c.name, std::move(c.decompressor));
+        decoder.decode(bomb.data(), static_cast<unsigned int>(bomb.size()));
+        EXPECT_LE(decoder.numQueued(), io::detail::FramedDecoder::MAX_QUEUED_ITEMS +
+                                           io::detail::ByteStreamDecompressor::MAX_STEP / 12);
+        std::size_t taken = 0;
+        for (;;) {
+            unsigned int status = 0;
+            const io::DecoderData item = decoder.getNextWithStatus(status);
+            if (status & Serializable::STATUS_NOT_ENOUGH_DATA) break;
+            ASSERT_EQ(item.tag, 0u);
+            ASSERT_FALSE(item.record);
+            ++taken;
+        }
+        EXPECT_EQ(taken, frames);
     }
 }
 

@@ -42,9 +42,13 @@ FramedDecoder::FramedDecoder(std::string name, std::unique_ptr<ByteStreamDecompr
 
 void FramedDecoder::decode(const unsigned char* data, unsigned int length) {
     EOD_REQUIRE(data != nullptr || length == 0, "data is NULL");
+    run(data, length);
+}
+
+void FramedDecoder::run(const unsigned char* data, std::size_t length) {
     std::string record_error;
     try {
-        _stream->decompress(data, length, [&](const unsigned char* p, std::size_t n) {
+        _stopped = !_stream->decompress(data, length, [&](const unsigned char* p, std::size_t n) {
             _frames.pending().insert(_frames.pending().end(), p, p + n);
             switch (_frames.parse(FramedEncoder::MAX_RECORD_LENGTH, record_error)) {
                 case RecordFrameParser::Parse::ok:
@@ -55,16 +59,19 @@ void FramedDecoder::decode(const unsigned char* data, unsigned int length) {
                     throw SerializableError(_name +
                                             "::decode() - record length exceeds the maximum");
             }
+            return _frames.queue().size() < MAX_QUEUED_ITEMS;
         });
     } catch (const SerializableError&) {
         _stream->reset();
         _frames.dropPending();
+        _stopped = false;
         throw;
     }
     if (!record_error.empty()) throw SerializableError(record_error);
 }
 
 DecoderData FramedDecoder::getNextWithStatus(unsigned int& status) {
+    if (_frames.queue().empty() && _stopped) run(nullptr, 0);
     return _frames.queue().takeNext(status);
 }
 

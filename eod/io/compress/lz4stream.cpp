@@ -78,7 +78,12 @@ class Lz4Decompressor : public ByteStreamDecompressor {
     }
     ~Lz4Decompressor() override { LZ4F_freeDecompressionContext(_ctx); }
 
-    void decompress(const unsigned char* data, std::size_t length, const Sink& sink) override {
+    bool decompress(const unsigned char* data, std::size_t length, const Sink& sink) override {
+        if (!_held.empty()) {
+            _held.insert(_held.end(), data, data + length);
+            data = _held.data();
+            length = _held.size();
+        }
         for (;;) {
             std::size_t produced = _output.size();
             std::size_t consumed = length;
@@ -89,18 +94,30 @@ class Lz4Decompressor : public ByteStreamDecompressor {
             }
             data += consumed;
             length -= consumed;
-            if (produced > 0) sink(_output.data(), produced);
-            if (length == 0 && produced < _output.size()) return;
-            if (consumed == 0 && produced == 0) return;
+            const bool go_on = produced == 0 || sink(_output.data(), produced);
+            if ((length == 0 && produced < _output.size()) || (consumed == 0 && produced == 0)) {
+                std::vector<unsigned char>().swap(_held);
+                return true;
+            }
+            if (!go_on) {
+                std::vector<unsigned char> rest(data, data + length);
+                _held.swap(rest);
+                return false;
+            }
         }
     }
 
-    void reset() override { LZ4F_resetDecompressionContext(_ctx); }
+    void reset() override {
+        LZ4F_resetDecompressionContext(_ctx);
+        std::vector<unsigned char>().swap(_held);
+    }
 
   private:
     const std::string _owner;
     LZ4F_dctx* _ctx = nullptr;
     std::vector<unsigned char> _output;
+    // Input kept when the sink asked to stop.
+    std::vector<unsigned char> _held;
 };
 
 }  // namespace

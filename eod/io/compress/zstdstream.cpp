@@ -72,7 +72,12 @@ class ZstdDecompressor : public ByteStreamDecompressor {
     }
     ~ZstdDecompressor() override { ZSTD_freeDCtx(_ctx); }
 
-    void decompress(const unsigned char* data, std::size_t length, const Sink& sink) override {
+    bool decompress(const unsigned char* data, std::size_t length, const Sink& sink) override {
+        if (!_held.empty()) {
+            _held.insert(_held.end(), data, data + length);
+            data = _held.data();
+            length = _held.size();
+        }
         ZSTD_inBuffer in{data, length, 0};
         for (;;) {
             ZSTD_outBuffer o{_output.data(), _output.size(), 0};
@@ -80,19 +85,32 @@ class ZstdDecompressor : public ByteStreamDecompressor {
             if (ZSTD_isError(rc)) {
                 throw SerializableError(_owner + " - zstd: " + ZSTD_getErrorName(rc));
             }
-            if (o.pos > 0) sink(_output.data(), o.pos);
+            const bool go_on = o.pos == 0 || sink(_output.data(), o.pos);
             // A full output buffer may mean zstd holds more; otherwise stop once the input
             // is used up.
-            if (in.pos == in.size && o.pos < o.size) return;
+            if (in.pos == in.size && o.pos < o.size) {
+                std::vector<unsigned char>().swap(_held);
+                return true;
+            }
+            if (!go_on) {
+                std::vector<unsigned char> rest(data + in.pos, data + in.size);
+                _held.swap(rest);
+                return false;
+            }
         }
     }
 
-    void reset() override { ZSTD_DCtx_reset(_ctx, ZSTD_reset_session_only); }
+    void reset() override {
+        ZSTD_DCtx_reset(_ctx, ZSTD_reset_session_only);
+        std::vector<unsigned char>().swap(_held);
+    }
 
   private:
     const std::string _owner;
     ZSTD_DCtx* _ctx;
     std::vector<unsigned char> _output;
+    // Input kept when the sink asked to stop.
+    std::vector<unsigned char> _held;
 };
 
 }  // namespace

@@ -42,6 +42,7 @@ class RecordFrameParser {
     Parse parse(std::uint32_t max_record_length, std::string& record_error);
 
     DecodedQueue& queue() { return _queue; }
+    const DecodedQueue& queue() const { return _queue; }
 
   private:
     const std::string _decoder_name;

@@ -29,14 +29,18 @@ class ByteStreamDecompressor {
   public:
     // The most bytes handed to the sink at once.
     static constexpr std::size_t MAX_STEP = 256u << 10;
-    using Sink = std::function<void(const unsigned char*, std::size_t)>;
+    // Takes a piece of output; false asks the decompressor to stop after it.
+    using Sink = std::function<bool(const unsigned char*, std::size_t)>;
 
     virtual ~ByteStreamDecompressor() = default;
-    // Decompresses all of the input, handing the output to sink in pieces of at most
-    // MAX_STEP bytes as it is produced. A stream that ends is followed by a new one.
-    // Throws SerializableError (naming `owner`) on damaged input; call reset() afterwards.
-    virtual void decompress(const unsigned char* data, std::size_t length, const Sink& sink) = 0;
-    // Starts afresh: the next bytes begin a new stream.
+    // Decompresses the input, handing the output to sink in pieces of at most MAX_STEP bytes
+    // as it is produced. A stream that ends is followed by a new one. When the sink asks to
+    // stop, the input not yet used is kept (a copy) and false is returned; the next call,
+    // with more input or none, goes on with the kept bytes first. True when everything
+    // given so far has been decompressed. Throws SerializableError (naming `owner`) on
+    // damaged input; call reset() afterwards.
+    virtual bool decompress(const unsigned char* data, std::size_t length, const Sink& sink) = 0;
+    // Starts afresh: kept bytes are dropped and the next bytes begin a new stream.
     virtual void reset() = 0;
 };
 

@@ -47,17 +47,30 @@ class FramedEncoder : public SerializableCompressorEncoder {
 //   parsed is dropped, the rest of the input included; items queued before stay queued.
 // - a record passes its CRC but cannot be rebuilt: it is skipped, the rest is decoded, and
 //   the first such error is thrown at the end of the call.
+// Memory: the queue is bounded as in ZLibDecoder. Once it holds MAX_QUEUED_ITEMS items the
+// byte stream stops and keeps the input not yet used; getNextWithStatus goes on decoding when
+// the queue runs empty (the errors above then come from it). So a few compressed bytes that
+// decompress to millions of empty frames never fill the memory, and no record is lost.
 class FramedDecoder : public SerializableCompressorDecoder {
   public:
+    static constexpr std::size_t MAX_QUEUED_ITEMS = 4096;
+
     FramedDecoder(std::string name, std::unique_ptr<ByteStreamDecompressor> stream);
 
     void decode(const unsigned char* data, unsigned int length) override;
     DecoderData getNextWithStatus(unsigned int& status) override;
 
+    std::size_t numQueued() const { return _frames.queue().size(); }
+
   private:
+    // Decompresses and parses until the input is used up or the queue is full.
+    void run(const unsigned char* data, std::size_t length);
+
     const std::string _name;
     std::unique_ptr<ByteStreamDecompressor> _stream;
     RecordFrameParser _frames;
+    // Whether the byte stream stopped early and holds input or output.
+    bool _stopped = false;
 };
 
 }  // namespace detail
